@@ -1,0 +1,10 @@
+/* qzcore.h - every public header of the QZCore library. */
+#ifndef QZCORE_H
+#define QZCORE_H
+
+#include "qzcore/qztypes.h"
+#include "qzcore/qzresult.h"
+#include "qzcore/qzmemory.h"
+#include "qzcore/qzmutex.h"
+
+#endif /* QZCORE_H */

@@ -1,0 +1,66 @@
+// process_info.cpp - thread and process identity, yielding, traps and sessions on Linux.
+#include "platform/process_info.h"
+
+#include <sched.h>
+#include <signal.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace qz::os {
+namespace {
+thread_local uint32_t t_threadId = 0;  // gettid() of this thread, fetched once
+}
+
+uint32_t GetCurrentThreadId() noexcept {
+  if (t_threadId == 0) t_threadId = static_cast<uint32_t>(gettid());
+  return t_threadId;
+}
+
+uint32_t GetCurrentProcessId() noexcept { return static_cast<uint32_t>(getpid()); }
+
+void YieldThread() noexcept { sched_yield(); }
+
+void BreakpointTrap() noexcept { raise(SIGTRAP); }
+
+void AbortProcess() noexcept {
+  raise(SIGABRT);
+  exit(3);
+}
+
+bool ProcessIdToSessionId(uint32_t pid, uint32_t* session) noexcept {
+  const pid_t sid = getsid(static_cast<pid_t>(pid));
+  if (sid < 0) return false;
+  *session = static_cast<uint32_t>(sid);
+  return true;
+}
+
+ActiveConsoleSessionFn FindActiveConsoleSessionQuery() noexcept { return nullptr; }
+
+bool QueryPlatformVersion(uint32_t* platformId, uint32_t* majorVersion) noexcept {
+  struct utsname un;
+  if (uname(&un) != 0) return false;
+  *platformId = 0;  // not the first platform's family
+  *majorVersion = static_cast<uint32_t>(strtoul(un.release, nullptr, 10));
+  return true;
+}
+
+bool IsDebuggerAttached() noexcept {
+  FILE* f = fopen("/proc/self/status", "re");
+  if (f == nullptr) return false;
+  char line[256];
+  bool attached = false;
+  while (fgets(line, sizeof line, f) != nullptr) {
+    if (strncmp(line, "TracerPid:", 10) == 0) {
+      attached = strtol(line + 10, nullptr, 10) != 0;
+      break;
+    }
+  }
+  fclose(f);
+  return attached;
+}
+
+}  // namespace qz::os

@@ -1,0 +1,147 @@
+// report_sinks.cpp - the report channels on Linux.
+//
+// Debugger text goes to $QZCORE_DEBUG_OUTPUT ("stderr" or a file appended to), else to standard
+// error while a tracer is attached, else nowhere. Event entries go to $QZCORE_EVENT_LOG (one
+// escaped line each) or to the system log through /dev/log, without touching the process's own
+// openlog() state. The operator is asked on the controlling terminal.
+#include "platform/report_sinks.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/process_info.h"
+#include "platform/utf8.h"
+
+namespace qz::os {
+namespace {
+
+constexpr const char kEventSource[] = "Morvalent Services";
+
+// Writes all of `data`, retrying short writes and interruptions.
+bool WriteAll(int fd, const char* data, size_t size) noexcept {
+  while (size > 0) {
+    const ssize_t n = write(fd, data, size);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    data += n;
+    size -= static_cast<size_t>(n);
+  }
+  return true;
+}
+
+// Appends `data` to the file at `path` in one write, creating the file if needed.
+void AppendToFile(const char* path, const std::string& data) noexcept {
+  const int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+  if (fd < 0) return;
+  WriteAll(fd, data.data(), data.size());
+  close(fd);
+}
+
+std::string EscapeEventField(const std::string& s) {
+  std::string out;
+  out.reserve(s.size());
+  for (char c : s) {
+    if (c == '\\') out += "\\\\";
+    else if (c == '\r') out += "\\r";
+    else if (c == '\n') out += "\\n";
+    else out += c;
+  }
+  return out;
+}
+
+void SendToSyslog(const std::string& title, const std::string& text) noexcept {
+  const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (fd < 0) return;
+  struct sockaddr_un addr {};
+  addr.sun_family = AF_UNIX;
+  strcpy(addr.sun_path, "/dev/log");
+  if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) {
+    char stamp[32];
+    const time_t now = time(nullptr);
+    struct tm tmNow;
+    localtime_r(&now, &tmNow);
+    strftime(stamp, sizeof stamp, "%b %e %H:%M:%S", &tmNow);
+    // <14>: facility user (1), priority info (6).
+    std::string message = std::string("<14>") + stamp + " " + kEventSource + "[" +
+                          std::to_string(GetCurrentProcessId()) + "]: " + title + ": " + text;
+    send(fd, message.data(), message.size(), MSG_NOSIGNAL);
+  }
+  close(fd);
+}
+
+}  // namespace
+
+void OutputDebugText(std::u16string_view text) noexcept {
+  try {
+    const char* sink = getenv("QZCORE_DEBUG_OUTPUT");
+    const std::string utf8 = Utf16ToUtf8(text);
+    if (sink == nullptr || *sink == '\0') {
+      if (IsDebuggerAttached()) WriteAll(STDERR_FILENO, utf8.data(), utf8.size());
+    } else if (strcmp(sink, "stderr") == 0) {
+      WriteAll(STDERR_FILENO, utf8.data(), utf8.size());
+    } else {
+      AppendToFile(sink, utf8);
+    }
+  } catch (...) {
+    // A debugger channel that cannot be served is silent.
+  }
+}
+
+void ReportEvent(const char16_t* title, std::u16string_view text) noexcept {
+  try {
+    const std::string titleUtf8 = title != nullptr ? Utf16ToUtf8(std::u16string_view(title)) : std::string();
+    const std::string textUtf8 = Utf16ToUtf8(text);
+    const char* path = getenv("QZCORE_EVENT_LOG");
+    if (path != nullptr && *path != '\0') {
+      AppendToFile(path, EscapeEventField(titleUtf8) + "\t" + EscapeEventField(textUtf8) + "\n");
+    } else {
+      SendToSyslog(titleUtf8, textUtf8);
+    }
+  } catch (...) {
+    // A failed event entry is silent.
+  }
+}
+
+uint32_t AskOperator(uint32_t session, std::u16string_view caption, std::u16string_view body) noexcept {
+  (void)session;  // the controlling terminal is this process's operator
+  const int fd = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) return kAnswerNone;
+  uint32_t answer = kAnswerNone;
+  try {
+    const std::string text = "\n*** " + Utf16ToUtf8(caption) + " ***\n" + Utf16ToUtf8(body) + "\n";
+    WriteAll(fd, text.data(), text.size());
+    static constexpr char kPrompt[] = "[A]bort, [R]etry, [I]gnore? ";
+    for (;;) {
+      if (!WriteAll(fd, kPrompt, sizeof kPrompt - 1)) break;
+      std::string line;
+      char c;
+      ssize_t n;
+      while ((n = read(fd, &c, 1)) == 1 && c != '\n') line += c;
+      if (n < 0 && errno == EINTR) continue;
+      size_t first = line.find_first_not_of(" \t\r");
+      const char key = first == std::string::npos ? '\0' : static_cast<char>(tolower(line[first]));
+      if (key == 'a') answer = kAnswerAbort;
+      else if (key == 'r') answer = kAnswerRetry;
+      else if (key == 'i') answer = kAnswerIgnore;
+      if (answer != kAnswerNone || n <= 0) break;  // an answer, or the terminal went away
+    }
+  } catch (...) {
+    answer = kAnswerNone;
+  }
+  close(fd);
+  return answer;
+}
+
+}  // namespace qz::os

@@ -1,0 +1,23 @@
+// utf8.h - UTF-16 to UTF-8 and back for the platform layer's own needs (paths, report sinks).
+//
+// Portable code: used where 16-bit text must reach a byte interface of the system. Unpaired
+// surrogates become U+FFFD on the way to UTF-8; malformed UTF-8 becomes U+FFFD on the way back.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace qz::os {
+
+std::string Utf16ToUtf8(std::u16string_view text);
+std::u16string Utf8ToUtf16(std::string_view text);
+
+// Length of a NUL-terminated 16-bit string.
+inline size_t Utf16Length(const char16_t* text) noexcept {
+  size_t n = 0;
+  while (text[n] != 0) ++n;
+  return n;
+}
+
+}  // namespace qz::os
