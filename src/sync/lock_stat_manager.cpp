@@ -20,7 +20,7 @@ CQZLockStatManager::~CQZLockStatManager() {
     EraseEntry(first->first.first, mutex);
     qz::core::Release(mutex);
   }
-  qz::core::MutexDestroy(m_mutex);
+  if (qz::core::IsMutexHandle(m_mutex)) qz::core::MutexDestroy(m_mutex);
 }
 
 void CQZLockStatManager::SetEntry(int32_t kind, IMutex* mutex) noexcept {

@@ -17,11 +17,17 @@ QZRESULT MutexCreate(const char* name, uint32_t flags, QZMutexHandle* out) noexc
 // and return the count left.
 QZRESULT MutexDestroy(QZMutexHandle mutex) noexcept;
 
-// Holds a mutex for a scope; a failure to acquire or release is thrown as EQZCoreException. A null
-// handle makes the guard do nothing.
+// Whether a handle names a mutex: not null, and not the -1 that a failed create leaves. The
+// library's own objects ignore the result of creating their mutex, so they test with this.
+inline bool IsMutexHandle(QZMutexHandle mutex) noexcept {
+  return mutex != nullptr && reinterpret_cast<intptr_t>(mutex) != -1;
+}
+
+// Holds a mutex for a scope; a failure to acquire or release is thrown as EQZCoreException. A
+// handle that names no mutex (null, or -1 after a failed create) makes the guard do nothing.
 class CQZMutexGuard {
  public:
-  explicit CQZMutexGuard(QZMutexHandle mutex) : m_mutex(mutex) {
+  explicit CQZMutexGuard(QZMutexHandle mutex) : m_mutex(IsMutexHandle(mutex) ? mutex : nullptr) {
     if (m_mutex != nullptr) ThrowIfFailed(MutexFromHandle(m_mutex)->Acquire());
   }
   ~CQZMutexGuard() noexcept(false) {

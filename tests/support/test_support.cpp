@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstring>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -134,6 +135,61 @@ ChildResult RunSelf(const std::string& test, const std::vector<std::string>& env
   }
   close(outPipe[0]);
   close(errPipe[0]);
+  return result;
+}
+
+}  // namespace qztest
+
+#include <pty.h>
+
+namespace qztest {
+
+ChildResult RunSelfOnTerminal(const std::string& test, const std::vector<std::string>& env,
+                              const std::string& prompt, const std::vector<std::string>& answers) {
+  ChildResult result;
+  std::string exe = std::filesystem::read_symlink("/proc/self/exe").string();
+  std::string filter = "--gtest_filter=" + test;
+  int master = -1;
+  const pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
+  if (pid < 0) return result;
+  if (pid == 0) {
+    setenv("QZTEST_CHILD", "1", 1);
+    for (const auto& e : env) putenv(strdup(e.c_str()));
+    char* argv[] = {exe.data(), filter.data(), nullptr};
+    execv(exe.c_str(), argv);
+    _exit(127);
+  }
+  size_t answered = 0;
+  size_t searchFrom = 0;
+  char buf[4096];
+  for (;;) {
+    struct pollfd pfd = {master, POLLIN, 0};
+    if (poll(&pfd, 1, 30000) <= 0) break;  // a child that hangs for 30 s is a failure anyway
+    const ssize_t n = read(master, buf, sizeof buf);
+    if (n <= 0) break;  // EIO once the child has closed the terminal
+    result.out.append(buf, static_cast<size_t>(n));
+    size_t at;
+    while ((at = result.out.find(prompt, searchFrom)) != std::string::npos) {
+      searchFrom = at + prompt.size();
+      if (answered < answers.size()) {
+        const std::string line = answers[answered++] + "\n";
+        if (write(master, line.data(), line.size()) < 0) break;
+      } else {
+        close(master);
+        master = -1;
+        break;
+      }
+    }
+    if (master < 0) break;
+  }
+  if (master >= 0) close(master);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) {
+    result.signal = WTERMSIG(status);
+    result.exitCode = 128 + result.signal;
+  }
   return result;
 }
 

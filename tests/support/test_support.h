@@ -60,3 +60,13 @@ ChildResult RunSelf(const std::string& test, const std::vector<std::string>& env
 bool IsChild();
 
 }  // namespace qztest
+
+namespace qztest {
+
+// Runs this test binary again as in RunSelf, but on a new pseudo-terminal that becomes the child's
+// controlling terminal. Each time the terminal shows `prompt`, the next of `answers` is typed (a
+// line); with no answers left the terminal is closed. `out` receives all the terminal showed.
+ChildResult RunSelfOnTerminal(const std::string& test, const std::vector<std::string>& env,
+                              const std::string& prompt, const std::vector<std::string>& answers);
+
+}  // namespace qztest
