@@ -3,6 +3,7 @@
 #include "platform/critical_section.h"
 
 #include "cpu_relax.h"
+#include "platform/process_info.h"
 
 namespace qz::os {
 
@@ -16,11 +17,16 @@ CriticalSection::CriticalSection(uint32_t spinCount) noexcept : m_spinCount(spin
 
 CriticalSection::~CriticalSection() { pthread_mutex_destroy(&m_mutex); }
 
-void CriticalSection::EnterContended() noexcept {
+void CriticalSection::EnterBusy() noexcept {
+  // The word is taken. By this thread: a recursive enter, which never waits.
+  if (__atomic_load_n(&m_mutex.__data.__owner, __ATOMIC_RELAXED) == static_cast<int>(GetCurrentThreadId())) {
+    pthread_mutex_lock(&m_mutex);
+    return;
+  }
   m_contention.fetch_add(1, std::memory_order_relaxed);
   for (uint32_t i = 0; i < m_spinCount; ++i) {
     CpuRelax();
-    if (pthread_mutex_trylock(&m_mutex) == 0) return;
+    if (__atomic_load_n(&m_mutex.__data.__lock, __ATOMIC_RELAXED) == 0 && pthread_mutex_trylock(&m_mutex) == 0) return;
   }
   pthread_mutex_lock(&m_mutex);
 }
