@@ -59,18 +59,18 @@ bool IsFlag(char16_t c) { return c == u'-' || c == u'+' || c == u' ' || c == u'#
 
 bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
-// Runs snprintf with `spec` (a complete byte format for one conversion) and widens the result.
+// Runs snprintf with `conversion` (a complete byte format for one conversion) and widens the result.
 template <class T>
-void AppendNumber(std::u16string& out, const std::string& spec, T value) {
+void AppendNumber(std::u16string& out, const std::string& conversion, T value) {
   char small[128];
-  const int n = std::snprintf(small, sizeof small, spec.c_str(), value);
+  const int n = std::snprintf(small, sizeof small, conversion.c_str(), value);
   if (n < 0) return;
   if (static_cast<size_t>(n) < sizeof small) {
     out += DecodeBytes(std::string_view(small, static_cast<size_t>(n)));
     return;
   }
   std::string big(static_cast<size_t>(n) + 1, '\0');
-  std::snprintf(big.data(), big.size(), spec.c_str(), value);
+  std::snprintf(big.data(), big.size(), conversion.c_str(), value);
   big.resize(static_cast<size_t>(n));
   out += DecodeBytes(big);
 }
@@ -137,9 +137,9 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
     }
     ++p;
     const bool leftAlign = flags.find('-') != std::string::npos;
-    std::string spec = "%" + flags;
-    if (width >= 0) spec += std::to_string(width);
-    if (precision >= 0) spec += "." + std::to_string(precision);
+    std::string conversion = "%" + flags;
+    if (width >= 0) conversion += std::to_string(width);
+    if (precision >= 0) conversion += "." + std::to_string(precision);
 
     switch (conv) {
       case u's':
@@ -187,7 +187,7 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
           case Length::kSize: value = va_arg(ap, long long); break;
           default: value = va_arg(ap, int); break;
         }
-        AppendNumber(out, spec + "lld", value);
+        AppendNumber(out, conversion + "lld", value);
         break;
       }
       case u'u':
@@ -203,14 +203,14 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
           case Length::kSize: value = va_arg(ap, unsigned long long); break;
           default: value = va_arg(ap, unsigned); break;
         }
-        AppendNumber(out, spec + "ll" + static_cast<char>(conv), value);
+        AppendNumber(out, conversion + "ll" + static_cast<char>(conv), value);
         break;
       }
       case u'e': case u'E': case u'f': case u'F': case u'g': case u'G': case u'a': case u'A': {
         if (length == Length::kLongDouble) {
-          AppendNumber(out, spec + "L" + static_cast<char>(conv), va_arg(ap, long double));
+          AppendNumber(out, conversion + "L" + static_cast<char>(conv), va_arg(ap, long double));
         } else {
-          AppendNumber(out, spec + static_cast<char>(conv), va_arg(ap, double));
+          AppendNumber(out, conversion + static_cast<char>(conv), va_arg(ap, double));
         }
         break;
       }

@@ -79,6 +79,21 @@ std::string Narrow(const std::u16string& text) {
   return out;
 }
 
+namespace {
+
+// Reaps `pid` and records how it ended: its exit code, or 128 + the signal that ended it.
+void WaitForChild(pid_t pid, ChildResult& result) {
+  int status = 0;
+  waitpid(pid, &status, 0);
+  if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) {
+    result.signal = WTERMSIG(status);
+    result.exitCode = 128 + result.signal;
+  }
+}
+
+}  // namespace
+
 bool IsChild() {
   const char* v = getenv("QZTEST_CHILD");
   return v != nullptr && std::string(v) == "1";
@@ -125,13 +140,7 @@ ChildResult RunSelf(const std::string& test, const std::vector<std::string>& env
         }
       }
     }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) {
-      result.signal = WTERMSIG(status);
-      result.exitCode = 128 + result.signal;
-    }
+    WaitForChild(pid, result);
   }
   close(outPipe[0]);
   close(errPipe[0]);
@@ -183,13 +192,7 @@ ChildResult RunSelfOnTerminal(const std::string& test, const std::vector<std::st
     if (master < 0) break;
   }
   if (master >= 0) close(master);
-  int status = 0;
-  waitpid(pid, &status, 0);
-  if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) {
-    result.signal = WTERMSIG(status);
-    result.exitCode = 128 + result.signal;
-  }
+  WaitForChild(pid, result);
   return result;
 }
 
