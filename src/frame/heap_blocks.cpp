@@ -20,15 +20,10 @@ QZRESULT HeapCalloc(size_t count, size_t size, void** result) noexcept {
 }
 
 QZRESULT HeapRealloc(void** block, size_t size) noexcept {
-  if (size == 0) {
-    // realloc(p, 0) frees; the null answer is no failure here.
-    std::free(*block);
-    *block = nullptr;
-    return QZ_S_OK;
-  }
-  void* grown = std::realloc(*block, size);
-  if (grown == nullptr) return QZ_E_OUTOFMEMORY;
-  *block = grown;
+  void* resized = std::realloc(*block, size);
+  // With size 0 realloc frees the block, and its null answer is no failure.
+  if (resized == nullptr && size != 0) return QZ_E_OUTOFMEMORY;
+  *block = resized;
   return QZ_S_OK;
 }
 
