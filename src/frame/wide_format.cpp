@@ -137,9 +137,13 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
     }
     ++p;
     const bool leftAlign = flags.find('-') != std::string::npos;
-    std::string conversion = "%" + flags;
+    std::string conversion(1, '%');
+    conversion += flags;
     if (width >= 0) conversion += std::to_string(width);
-    if (precision >= 0) conversion += "." + std::to_string(precision);
+    if (precision >= 0) {
+      conversion += '.';
+      conversion += std::to_string(precision);
+    }
 
     switch (conv) {
       case u's':
