@@ -6,5 +6,6 @@
 #include "qzcore/qzresult.h"
 #include "qzcore/qzmemory.h"
 #include "qzcore/qzmutex.h"
+#include "qzcore/qzstring.h"
 
 #endif /* QZCORE_H */
