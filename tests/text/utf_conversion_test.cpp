@@ -181,6 +181,35 @@ TEST(UtfConversion, AnsiToUnicodeUnderUtf8) {
   EXPECT_EQ(QZUnicodeToAnsi(bytes, u"a\xD800z", 8), static_cast<size_t>(-1));
 }
 
+TEST(UtfConversion, AnsiToUnicodeAsciiRunsAtAnyAlignmentAndBound) {
+  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
+  // ASCII runs of every length at every alignment, cut by every maximum, ending in NUL or in a
+  // two-byte character: the fast ASCII path must stop exactly where the byte loop would.
+  alignas(16) char storage[64];
+  for (size_t offset = 0; offset < 8; ++offset) {
+    for (size_t run = 0; run < 40; ++run) {
+      for (bool accent : {false, true}) {
+        char* text = storage + offset;
+        for (size_t i = 0; i < run; ++i) text[i] = static_cast<char>('a' + i % 26);
+        std::string tail = accent ? "\xC3\xA9" : "";
+        memcpy(text + run, tail.c_str(), tail.size() + 1);
+        const size_t total = run + (accent ? 1 : 0);
+        for (size_t max = 1; max <= total + 2; ++max) {
+          QZWCHAR out[48];
+          std::fill(std::begin(out), std::end(out), 0xBEEF);
+          const size_t stored = std::min(max, total);
+          ASSERT_EQ(QZAnsiToUnicode(out, text, max), stored) << offset << " " << run << " " << max;
+          for (size_t i = 0; i < std::min(run, stored); ++i) ASSERT_EQ(out[i], text[i]);
+          if (accent && max > run) {
+            ASSERT_EQ(out[run], 0xE9);
+          }
+          ASSERT_EQ(out[stored], max > total ? 0 : 0xBEEF);
+        }
+      }
+    }
+  }
+}
+
 TEST(UtfConversion, AnsiToUnicodeUnderTheCLocale) {
   QZ_USE_LOCALE_OR_SKIP(locale, "C");
   QZWCHAR out[8];
