@@ -56,7 +56,6 @@ TEST(Utf16String, SearchesRespectPairs) {
   // UCS2: a surrogate value is found only where it stands unpaired.
   EXPECT_EQ(QZStrChrUCS2(paired, 0xD83D), nullptr);
   EXPECT_EQ(QZStrChrUCS2(stray, 0xD83D), stray + 3);
-  EXPECT_EQ(QZStrRChrUCS2(paired, u'x'), paired);
   EXPECT_EQ(QZStrChrUCS2(paired, 0), paired + 6);
   // UTF16: a supplementary code point is found as its pair.
   EXPECT_EQ(QZStrChrUTF16(paired, 0x1F600), paired + 1);
@@ -77,14 +76,12 @@ TEST(Utf16String, CompareOrdersAndFolds) {
   EXPECT_LT(QZStrCmpUTF16(ff00, u10000), 0);
   EXPECT_GT(QZStrCmpUCS2(ff00, u10000), 0);
   // UCS2 gives the difference of units; the end of a string is a NUL unit.
-  EXPECT_EQ(QZStrCmpUCS2(u"abc", u"abc"), 0);
   EXPECT_EQ(QZStrCmpUCS2(u"ab", u"abc"), -u'c');
   EXPECT_EQ(QZStrICmpUCS2(u"ABC", u"abc"), 0);
   EXPECT_EQ(QZStrICmpUCS2(u"Z", u"a"), u'z' - u'a');
   EXPECT_EQ(QZStrICmpUCS2(u"[", u"a"), u'[' - u'a');  // only A-Z fold
   EXPECT_NE(QZStrICmpUCS2(u"\u00C4", u"\u00E4"), 0);
   EXPECT_EQ(QZStrICmpUTF16(u"\u00C4X", u"\u00E4x"), 0);
-  EXPECT_LT(QZStrICmpUTF16(u"abc", u"ABD"), 0);
 
   // The bounded compare honours its count (low 32 bits)...
   EXPECT_EQ(QZStrNCmpUTF16(u"abcX", u"abcY", 3), 0);
@@ -118,10 +115,8 @@ TEST(Utf16String, BoundedAppendReturnsTheAppendedText) {
   QZWCHAR buf[8] = {u'a', u'b', 0, u'x', u'x', u'x', u'x', u'x'};
   EXPECT_EQ(QZStrNZCatUTF16(buf, 6, u"cdef", 10), buf + 2);
   EXPECT_EQ(std::u16string(buf, 7), std::u16string(u"abcde\0x", 7));
-  // The maximum limits as well as the room.
-  QZWCHAR small[8] = {u'a', 0};
-  QZStrNZCatUTF16(small, 8, u"cdef", 2);
-  EXPECT_EQ(std::u16string(small), u"acd");
+  QZStrNZCatUTF16(buf, 8, u"fgh", 1);  // the maximum limits as well as the room
+  EXPECT_EQ(std::u16string(buf), u"abcdef");
 
   // A full, unterminated buffer loses its last unit to the NUL and gains nothing.
   QZWCHAR full[5] = {u'w', u'x', u'y', u'z', u'!'};
@@ -140,8 +135,6 @@ TEST(Utf16String, CaseMappingCoversTwiceTheLength) {
   QZWCHAR buf[6] = {u'a', u'b', 0, u'x', u'y', 0};
   EXPECT_EQ(QZStrToUpperUTF16(buf), buf);
   EXPECT_EQ(std::u16string(buf, 5), std::u16string(u"AB\0Xy", 5));
-  QZStrToLowerUTF16(buf);
-  EXPECT_EQ(std::u16string(buf, 5), std::u16string(u"ab\0xy", 5));
 
   // Full case mapping may lengthen the text; what fits in twice the length is kept.
   QZWCHAR street[12] = u"stra\u00DFe";
@@ -152,10 +145,7 @@ TEST(Utf16String, CaseMappingCoversTwiceTheLength) {
   EXPECT_EQ(std::u16string(sharp, 4), u"SSSS");
 
   QZWCHAR mixed[10] = u"\u00C4\u03A3X";
-  QZStrToLowerUTF16(mixed);
-  EXPECT_EQ(mixed[0], 0xE4);
-  EXPECT_EQ(mixed[2], u'x');
-
+  EXPECT_EQ(std::u16string(QZStrToLowerUTF16(mixed)), u"\u00E4\u03C3x");
   QZWCHAR empty[2] = {0, u'Q'};
   QZStrToLowerUTF16(empty);
   EXPECT_EQ(empty[1], u'Q');
