@@ -1,0 +1,80 @@
+// utf_conversion.cpp - the UTF-8/UTF-16 conversions over ICU and the C-locale byte conversion with
+// its ASCII fast path (utf_conversion.h).
+#include "text/utf_conversion.h"
+
+#include <unicode/ustring.h>
+
+#include "platform/c_multibyte.h"
+
+namespace qz::text {
+
+int32_t Utf16ToUtf8(char* dest, const QZWCHAR* source, uint64_t capacity) noexcept {
+  const auto room = static_cast<int32_t>(capacity);
+  int32_t length = room;  // what comes back when ICU refuses the input and reports no length
+  UErrorCode error = U_ZERO_ERROR;
+  u_strToUTF8(dest, room, &length, source, -1, &error);
+  return length;
+}
+
+int32_t Utf8ToUtf16(QZWCHAR* dest, const char* source, uint64_t capacity) noexcept {
+  const auto room = static_cast<int32_t>(capacity);
+  int32_t length = room;
+  UErrorCode error = U_ZERO_ERROR;
+  u_strFromUTF8(dest, room, &length, source, -1, &error);
+  return length;
+}
+
+namespace {
+
+constexpr uint64_t kOnes = 0x0101010101010101ull;
+constexpr uint64_t kHighBits = 0x8080808080808080ull;
+
+// Widens the run of ASCII bytes at the start of `bytes` to units, eight at a time, while a whole
+// word is ASCII without a NUL and fits within `max`; returns how many were copied (a multiple of 8,
+// possibly 0). Reads are aligned words, which never cross a page, so a word may read past the
+// terminator inside its own word; the sanitizer is told that this is intended.
+__attribute__((no_sanitize("address"))) size_t WidenAsciiWords(QZWCHAR* dest, const unsigned char* bytes,
+                                                              size_t max) noexcept {
+  size_t count = 0;
+  while (count < max && (reinterpret_cast<uintptr_t>(bytes + count) & 7) != 0) {
+    if (bytes[count] == 0 || bytes[count] >= 0x80) return count;
+    dest[count] = bytes[count];
+    ++count;
+  }
+  while (max - count >= 8) {
+    uint64_t word;
+    __builtin_memcpy(&word, bytes + count, 8);
+    if ((word & kHighBits) != 0 || ((word - kOnes) & ~word & kHighBits) != 0) break;
+    for (size_t i = 0; i < 8; ++i) dest[count + i] = bytes[count + i];
+    count += 8;
+  }
+  return count;
+}
+
+}  // namespace
+
+size_t AnsiToUnicode(QZWCHAR* dest, const char* source, size_t max) noexcept {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(source);
+  size_t count = 0;
+  if (dest == nullptr) {
+    while (bytes[count] < 0x80) {
+      if (bytes[count] == 0) return count;
+      ++count;
+    }
+    return qz::os::MultiByteToUtf16(nullptr, source + count, 0) + count;
+  }
+  if (max == 0) return 0;
+  count = WidenAsciiWords(dest, bytes, max);
+  for (;;) {
+    if (count == max) return max;  // no room for a terminator
+    const unsigned char byte = bytes[count];
+    if (byte >= 0x80) break;
+    dest[count] = byte;
+    if (byte == 0) return count;
+    ++count;
+  }
+  // An invalid sequence gives (size_t)-1 from the C library, and so the count less one.
+  return qz::os::MultiByteToUtf16(dest + count, source + count, max - count) + count;
+}
+
+}  // namespace qz::text

@@ -1,0 +1,136 @@
+// locale_names_test.cpp - the locale-name table, and the locale and encoding names of the process's
+// locale.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/locale_ids.h"
+#include "qzcore/qzlocale.h"
+#include "support/test_support.h"
+#include "text/locale_names.h"
+#include "unicode_test_locale.h"
+
+namespace {
+
+std::string Language(const std::string& name) { return name.substr(0, name.find('_')); }
+
+std::string Text(const QZWCHAR* text) { return qztest::Narrow(std::u16string(text)); }
+
+}  // namespace
+
+TEST(LocaleNames, TableRowsAreConsistent) {
+  const auto rows = qz::text::LcidLocaleNames();
+  ASSERT_EQ(rows.size(), 224u);
+  std::map<uint32_t, std::string> neutral;
+  uint32_t previous = 0;
+  size_t countryRows = 0;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if (i > 0) {
+      EXPECT_GT(rows[i].lcid, previous) << "rows out of order at " << rows[i].name;
+    }
+    previous = rows[i].lcid;
+    if (rows[i].lcid < 0x80) {
+      neutral[rows[i].lcid] = rows[i].name;
+      continue;
+    }
+    ++countryRows;
+    // Each country row belongs to a neutral row of the same language...
+    const std::string name = rows[i].name;
+    const uint32_t primary = rows[i].lcid & 0x3FF;
+    ASSERT_TRUE(neutral.count(primary)) << name;
+    static const std::set<std::string> kOtherLanguage = {"nn_NO", "sh_YU", "sr_YU"};
+    if (!kOtherLanguage.count(name)) {
+      EXPECT_EQ(Language(name), neutral[primary]) << name;
+    }
+    // ...and, apart from the historical forms, names a two-letter country.
+    static const std::set<std::string> kHistorical = {"es__TRADITIONAL", "de__PHONEBOOK", "az_AZ_L", "uz_UZ_L"};
+    if (!kHistorical.count(name)) {
+      const std::string country = name.substr(name.find('_') + 1);
+      EXPECT_TRUE(country.size() == 2 && isupper(country[0]) && isupper(country[1])) << name;
+    }
+  }
+  EXPECT_EQ(neutral.size(), 77u);
+  EXPECT_EQ(countryRows, 147u);
+}
+
+TEST(LocaleNames, LookupComparesTheWholeIdentifier) {
+  using qz::text::LocaleNameFromLcid;
+  EXPECT_STREQ(LocaleNameFromLcid(0x0000), "root");
+  EXPECT_STREQ(LocaleNameFromLcid(0x007F), "en_US_POSIX");
+  EXPECT_STREQ(LocaleNameFromLcid(0x10407), "de__PHONEBOOK");
+  EXPECT_STREQ(LocaleNameFromLcid(0x500A), "es_PR");  // the last country row
+  // No row of its own: the default, never the language's row.
+  for (uint32_t lcid : {0x0409u, 0x4009u, 0x0017u, 0x20407u, 0xFFFFFFFFu}) {
+    EXPECT_STREQ(LocaleNameFromLcid(lcid), "en_US") << lcid;
+  }
+}
+
+TEST(LocaleNames, InvariantLocale) {
+  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
+  EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x007Fu);
+  QZWCHAR buf[16];
+  ASSERT_EQ(QZGetDefaultLocale(buf, 16), 0);
+  EXPECT_EQ(Text(buf), "en_US_POSIX");
+
+  // UTF-8 is code page 65001, which just fills 8 units.
+  QZWCHAR enc[8];
+  std::fill(std::begin(enc), std::end(enc), 0xBEEF);
+  ASSERT_EQ(QZGetDefaultCharEncoding(enc, 8), 0);
+  EXPECT_EQ(Text(enc), "CP65001");
+  std::fill(std::begin(enc), std::end(enc), 0xBEEF);
+  EXPECT_EQ(QZGetDefaultCharEncoding(enc, 7), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(enc[0], 0xBEEF);
+
+  QZ_USE_LOCALE_OR_SKIP(plain, "C");
+  ASSERT_EQ(QZGetDefaultCharEncoding(enc, 8), 0);
+  EXPECT_EQ(Text(enc), "CP20127");
+}
+
+TEST(LocaleNames, GermanLocaleAndBufferSizes) {
+  QZ_USE_LOCALE_OR_SKIP(locale, "de_DE.UTF-8");
+  EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x0407u);
+  QZWCHAR buf[10];
+  std::fill(std::begin(buf), std::end(buf), 0xBEEF);
+  // "de_DE" needs 6 units with its terminator.
+  EXPECT_EQ(QZGetDefaultLocale(buf, 5), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(buf[0], 0xBEEF);
+  EXPECT_EQ(QZGetDefaultLocale(buf, 6), 0);
+  EXPECT_EQ(Text(buf), "de_DE");
+  EXPECT_EQ(buf[6], 0xBEEF);
+  // The rest of the buffer is filled with NUL.
+  EXPECT_EQ(QZGetDefaultLocale(buf, 10), 0);
+  for (int i = 5; i < 10; ++i) EXPECT_EQ(buf[i], 0) << i;
+}
+
+TEST(LocaleNames, LocaleIdentifiersFromNames) {
+  // Names the machine may lack are checked only where setlocale accepts them.
+  const std::pair<const char*, uint32_t> cases[] = {
+      {"POSIX", 0x007F}, {"en_US.UTF-8", 0x0409}, {"en_GB.UTF-8", 0x0809}, {"de_AT.UTF-8", 0x0C07},
+      {"es_ES.UTF-8", 0x0C0A}, {"sr_RS.UTF-8@latin", 0x241A}, {"pt_BR.UTF-8", 0x0416}};
+  for (const auto& [name, lcid] : cases) {
+    qztest::ScopedLocale locale(name);
+    if (locale.ok()) {
+      EXPECT_EQ(qz::os::GetUserDefaultLCID(), lcid) << name;
+    }
+  }
+}
+
+TEST(LocaleNames, StartTakesTheLocaleFromTheEnvironment) {
+  if (qztest::IsChild()) {
+    // The library's start set the locale from LC_ALL before this test ran.
+    QZWCHAR buf[16];
+    ASSERT_EQ(QZGetDefaultLocale(buf, 16), 0);
+    EXPECT_EQ(Text(buf), getenv("QZTEST_EXPECT_LOCALE"));
+    return;
+  }
+  {
+    qztest::ScopedLocale probe("de_DE.UTF-8");
+    if (!probe.ok()) GTEST_SKIP() << "locale de_DE.UTF-8 is not installed";
+  }
+  const auto child = qztest::RunSelf("LocaleNames.StartTakesTheLocaleFromTheEnvironment",
+                                     {"LC_ALL=de_DE.UTF-8", "QZTEST_EXPECT_LOCALE=de_DE"});
+  EXPECT_EQ(child.exitCode, 0) << child.out << child.err;
+}
