@@ -1,0 +1,28 @@
+// text_locale.h - runs a test under a named C locale and restores the previous one afterwards.
+#pragma once
+
+#include <clocale>
+#include <string>
+
+namespace qztest {
+
+// Switches LC_ALL to `name` for a scope; ok() says whether the machine has that locale.
+class ScopedLocale {
+ public:
+  explicit ScopedLocale(const char* name) : m_old(std::setlocale(LC_ALL, nullptr)) {
+    m_ok = std::setlocale(LC_ALL, name) != nullptr;
+  }
+  ~ScopedLocale() { std::setlocale(LC_ALL, m_old.c_str()); }
+  ScopedLocale(const ScopedLocale&) = delete;
+  ScopedLocale& operator=(const ScopedLocale&) = delete;
+  bool ok() const { return m_ok; }
+
+ private:
+  std::string m_old;
+  bool m_ok = false;
+};
+
+// The locales the locale-dependent tests run under; those the machine lacks are skipped.
+inline const char* const kTextLocales[] = {"C.UTF-8", "de_DE.UTF-8"};
+
+}  // namespace qztest
