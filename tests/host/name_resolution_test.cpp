@@ -7,7 +7,6 @@
 
 #include "fake_network.h"
 #include "host/name_resolution.h"
-#include "qzcore/qzhost.h"
 
 namespace {
 
@@ -30,22 +29,6 @@ TEST(NameResolution, FoldsFirstSoOnlyANonAsciiNameIsRewritten) {
   ASSERT_EQ(asked.size(), 13u);
   EXPECT_EQ(asked.substr(0, 3), "S:1");  // folded to upper case before the byte, dash rewritten
   EXPECT_EQ(asked.substr(4), "fe80::1%4");
-}
-
-TEST(NameResolution, ExportResolvesNumericTextOfBothFamilies) {
-  addrinfo hints{};
-  hints.ai_flags = AI_NUMERICHOST;
-  hints.ai_socktype = SOCK_STREAM;
-  addrinfo* v4 = nullptr;
-  ASSERT_EQ(QZgetaddrinfo("127.0.0.1", nullptr, &hints, &v4), 0);
-  EXPECT_EQ(v4->ai_family, AF_INET);
-  addrinfo* v6 = nullptr;
-  ASSERT_EQ(QZgetaddrinfo("fe80::a:1%1", nullptr, &hints, &v6), 0);  // hex digits fold harmlessly
-  EXPECT_EQ(v6->ai_family, AF_INET6);
-  addrinfo* none = nullptr;
-  EXPECT_NE(QZgetaddrinfo("not numeric", nullptr, &hints, &none), 0);
-  QZfreeaddrinfo(v4);
-  QZfreeaddrinfo(v6);
 }
 
 }  // namespace
