@@ -1,9 +1,13 @@
-// main.cpp - the qzcore command: `qzcore tour` walks through the library's families.
+// main.cpp - the qzcore command: `qzcore tour` walks through the library's families, `qzcore host
+// NAME` tells whether NAME is this computer. The command line is read with the library's own
+// option parser.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "qzcore/qzgetopt.h"
+#include "qzcore/qzhost.h"
 #include "tour.h"
 
 namespace qztool {
@@ -37,19 +41,37 @@ int RunTour() {
   return 0;
 }
 
+// Exit code 0 when NAME is this computer, 1 when it is not.
+int RunHost(const char* name) {
+  const bool mine = QZIsThisMyComputerA(name) != 0;
+  std::printf("%s: %s\n", name, mine ? "this computer" : "not this computer");
+  return mine ? 0 : 1;
+}
+
 void Usage(FILE* to) {
-  std::fprintf(to, "usage: qzcore tour    walk through every family of the library\n");
+  std::fprintf(to,
+               "usage: qzcore tour         walk through every family of the library\n"
+               "       qzcore host NAME    tell whether NAME (a host name or address) is this computer\n"
+               "       qzcore --help       show this text\n");
 }
 
 }  // namespace
 }  // namespace qztool
 
 int main(int argc, char** argv) {
-  if (argc >= 2 && std::strcmp(argv[1], "tour") == 0) return qztool::RunTour();
-  if (argc >= 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
-    qztool::Usage(stdout);
-    return 0;
+  static const QZLongOption options[] = {{"help", 0, 'h'}, {nullptr, 0, 0}};
+  for (int32_t option; (option = QZGetOption(argc, argv, options, nullptr)) != -1;) {
+    if (option == 'h') {
+      qztool::Usage(stdout);
+      return 0;
+    }
+    qztool::Usage(stderr);  // the parser has said what was wrong
+    return 2;
   }
+  const int operands = argc - QZGetOptionIndex;
+  const char* command = operands >= 1 ? argv[QZGetOptionIndex] : "";
+  if (operands == 1 && std::strcmp(command, "tour") == 0) return qztool::RunTour();
+  if (operands == 2 && std::strcmp(command, "host") == 0) return qztool::RunHost(argv[QZGetOptionIndex + 1]);
   qztool::Usage(stderr);
   return 2;
 }
