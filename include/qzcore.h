@@ -7,5 +7,10 @@
 #include "qzcore/qzmemory.h"
 #include "qzcore/qzmutex.h"
 #include "qzcore/qzstring.h"
+#include "qzcore/qzunicode.h"
+#include "qzcore/qzlocale.h"
+#include "qzcore/qztextfile.h"
+#include "qzcore/qzhost.h"
+#include "qzcore/qzgetopt.h"
 
 #endif /* QZCORE_H */
