@@ -5,6 +5,7 @@
 #include "text/ansi_string.h"
 
 #include <cstring>
+#include <string>
 
 #include "platform/ansi_codepage.h"
 
@@ -13,12 +14,6 @@ namespace {
 
 // True when a length cannot go to the platform: empty, or beyond its 32-bit signed count.
 bool OutOfRange(size_t length) { return static_cast<uint64_t>(length) - 1 > 0x7FFFFFFD; }
-
-size_t WideLength(const QZWCHAR* text) {
-  size_t n = 0;
-  while (text[n] != 0) ++n;
-  return n;
-}
 
 }  // namespace
 
@@ -35,7 +30,7 @@ std::u16string AnsiToWideString(const char* text) {
 
 std::string WideToAnsiString(const QZWCHAR* text) {
   std::string result;
-  const size_t length = WideLength(text);
+  const size_t length = std::char_traits<char16_t>::length(text);
   if (OutOfRange(length)) return result;
   const auto count = static_cast<int32_t>(length);
   const int32_t size = qz::os::WideCharToMultiByte(text, count, nullptr, 0);

@@ -8,6 +8,7 @@
 
 #include "qzcore/qzgetopt.h"
 #include "qzcore/qzhost.h"
+#include "qzcore.h"
 #include "tour.h"
 
 namespace qztool {
@@ -25,6 +26,14 @@ std::string Hex(unsigned long value) {
   char text[32];
   std::snprintf(text, sizeof text, "0x%08lX", value);
   return text;
+}
+
+std::string Utf8(const char16_t* text) {
+  const int64_t length = QZUTF16ToUTF8(nullptr, text, 0);
+  std::string out(static_cast<size_t>(length) + 1, '\0');
+  if (QZUTF16ToUTF8(out.data(), text, out.size()) != length) return "?";
+  out.resize(static_cast<size_t>(length));
+  return out;
 }
 
 namespace {

@@ -22,6 +22,8 @@ struct TourRegistration {
 void Show(const std::string& call, const std::string& outcome);
 // "0x80004005"-style text of a result code.
 std::string Hex(unsigned long value);
+// UTF-8 text of NUL-terminated 16-bit text, through the library's own conversion ("?" if invalid).
+std::string Utf8(const char16_t* text);
 
 }  // namespace qztool
 

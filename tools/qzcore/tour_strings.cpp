@@ -11,41 +11,12 @@
 
 namespace {
 
+using qztool::Utf8;
+
 using qztool::Show;
 
 std::string Quote(const std::string& text) { return "\"" + text + "\""; }
 
-// 16-bit text shown as UTF-8, surrogate pairs joined, anything else unpaired as \uXXXX.
-std::string Utf8(const QZWCHAR* text) {
-  std::string out;
-  for (const QZWCHAR* p = text; *p != 0; ++p) {
-    uint32_t c = *p;
-    if (c >= 0xD800 && c <= 0xDBFF && p[1] >= 0xDC00 && p[1] <= 0xDFFF) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (*++p - 0xDC00);
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      char hex[8];
-      std::snprintf(hex, sizeof hex, "\\u%04X", static_cast<unsigned>(c));
-      out += hex;
-      continue;
-    }
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | (c >> 18));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-  }
-  return out;
-}
 
 void TourCase() {
   Show("C locale in force", Quote(std::setlocale(LC_CTYPE, nullptr)));

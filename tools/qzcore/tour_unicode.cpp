@@ -12,17 +12,13 @@
 
 namespace {
 
+using qztool::Utf8;
+
 using qztool::Hex;
 using qztool::Show;
 
 std::string Code(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
 
-// UTF-8 text of 16-bit text, through the library itself.
-std::string Utf8(const QZWCHAR* text) {
-  char buf[256];
-  const int64_t n = QZUTF16ToUTF8(buf, text, sizeof buf);
-  return n >= 0 && n < static_cast<int64_t>(sizeof buf) ? std::string(buf, static_cast<size_t>(n)) : "?";
-}
 
 void TourStrings() {
   const QZWCHAR smile[] = {u'a', 0xD83D, 0xDE00, u'b', 0};
