@@ -210,7 +210,9 @@ bool NextOptionWord(const ScanCall& call, int32_t* result) {
 
 // The option character at OptionPlace, with or without its argument.
 int32_t ShortOption(const ScanCall& call, bool posixlyCorrect) {
-  const int32_t optionChar = static_cast<unsigned char>(*OptionPlace++);
+  // The character as the first platform's signed char widens it: a byte of 0x80 or above is
+  // negative, the same on every target whatever the signedness of its plain char.
+  const int32_t optionChar = static_cast<signed char>(*OptionPlace++);
   const char* spec = optionChar != 0 ? std::strchr(call.shortOptions, optionChar) : nullptr;
   if (optionChar == ':' || (optionChar == '-' && *OptionPlace != '\0') || spec == nullptr) {
     if (optionChar == '-' && *OptionPlace == '\0') return -1;

@@ -54,6 +54,23 @@ class OptionParser : public ::testing::Test {
   const char* m_unrecognized = nullptr;
 };
 
+// First in the file, so that it sees the cells as the library starts them (CTest also runs each
+// test in a process of its own).
+TEST(OptionParserCells, StartValues) {
+  EXPECT_EQ(QZGetOptionIndex, 1);
+  EXPECT_EQ(QZGetOptionArgument, nullptr);
+  EXPECT_EQ(QZGetOptionOption, '?');
+  EXPECT_EQ(QZGetOptionError, 1);
+  EXPECT_EQ(QZGetOptionReset, 0);
+  EXPECT_STREQ(QZGetOptionMsgCharacterRequiresArgument, "Usage: option requires an argument -- %c");
+  EXPECT_STREQ(QZGetOptionMsgIllegal, "Usage: illegal option -- %c");
+  EXPECT_STREQ(QZGetOptionMsgInvalid, "Usage: invalid option -- %c");
+  EXPECT_STREQ(QZGetOptionMsgStringRequiresArgument, "Usage: option '%s%s' requires an argument");
+  EXPECT_STREQ(QZGetOptionMsgAmbiguous, "Usage: option '%s%.*s' is ambiguous");
+  EXPECT_STREQ(QZGetOptionMsgNoArgumentAllowed, "Usage: option '%s%.*s' doesn't allow an argument");
+  EXPECT_STREQ(QZGetOptionMsgUnrecognized, "Usage: unrecognized option '%s%s'");
+}
+
 const QZLongOption kVerboseVersion[] = {
     {"verbose", 0, 'v'}, {"version", 0, 'V'}, {"name", 1, 'n'}, {"level", 2, 'l'}, {nullptr, 0, 0}};
 
@@ -159,6 +176,16 @@ TEST_F(OptionParser, ArgumentForms) {
   EXPECT_EQ(QZGetOptionArgument, nullptr);
   EXPECT_EQ(QZGetOption(args.argc(), args.argv(), kVerboseVersion, nullptr), -1);
 
+  // The next word is taken whatever it looks like; a failing call clears the last argument.
+  Args greedy{"prog", "--name", "--verbose", "--nope"};
+  QZGetOptionIndex = 0;
+  EXPECT_EQ(QZGetOption(greedy.argc(), greedy.argv(), kVerboseVersion, nullptr), 'n');
+  EXPECT_STREQ(QZGetOptionArgument, "--verbose");
+  QZGetOptionError = 0;
+  EXPECT_EQ(QZGetOption(greedy.argc(), greedy.argv(), kVerboseVersion, nullptr), '?');
+  EXPECT_EQ(QZGetOptionArgument, nullptr);
+  QZGetOptionError = 1;
+
   // Required argument missing at the end of the vector.
   Args missing{"prog", "--name"};
   QZGetOptionIndex = 0;
@@ -195,6 +222,11 @@ TEST_F(OptionParser, UnknownOptionsAndTheMessageCells) {
   EXPECT_EQ(Call(cluster, nullptr, &r), "Usage: invalid option -- y\n");
   EXPECT_EQ(r, '?');
   EXPECT_EQ(QZGetOptionIndex, 2);
+  // A byte of 0x80 or above is stored as a signed char widens.
+  Args high{"prog", "-\xE9"};
+  QZGetOptionIndex = 0;
+  EXPECT_EQ(Call(high, nullptr, &r), "Usage: invalid option -- \xE9\n");
+  EXPECT_EQ(QZGetOptionOption, -0x17);
   {
     qztest::ScopedEnv posix("POSIXLY_CORRECT", "1");
     Args illegal{"prog", "-q"};
