@@ -46,7 +46,8 @@ QZ_EXTERN_C_BEGIN
 QZ_API extern int32_t QZGetOptionIndex;
 /* Argument of the option just returned, pointing into the vector, or NULL. */
 QZ_API extern char* QZGetOptionArgument;
-/* The option behind the last error: the entry's val, the character, or 0 (starts at '?'). */
+/* The option behind the last error: the entry's val, the character (as a signed char widens it:
+ * a byte of 0x80 or above is negative), or 0 (starts at '?'). */
 QZ_API extern int32_t QZGetOptionOption;
 /* Nonzero (the start value 1): error messages are printed to standard error. */
 QZ_API extern int32_t QZGetOptionError;
