@@ -213,8 +213,8 @@ int32_t ShortOption(const ScanCall& call, bool posixlyCorrect) {
   // The character as the first platform's signed char widens it: a byte of 0x80 or above is
   // negative, the same on every target whatever the signedness of its plain char.
   const int32_t optionChar = static_cast<signed char>(*OptionPlace++);
-  const char* spec = optionChar != 0 ? std::strchr(call.shortOptions, optionChar) : nullptr;
-  if (optionChar == ':' || (optionChar == '-' && *OptionPlace != '\0') || spec == nullptr) {
+  const char* letterEntry = optionChar != 0 ? std::strchr(call.shortOptions, optionChar) : nullptr;
+  if (optionChar == ':' || (optionChar == '-' && *OptionPlace != '\0') || letterEntry == nullptr) {
     if (optionChar == '-' && *OptionPlace == '\0') return -1;
     if (*OptionPlace == '\0') ++QZGetOptionIndex;
     if (PrintingAllowed(call)) PrintMessage(posixlyCorrect ? QZGetOptionMsgIllegal : QZGetOptionMsgInvalid, optionChar);
@@ -222,7 +222,7 @@ int32_t ShortOption(const ScanCall& call, bool posixlyCorrect) {
     return kBadOption;
   }
 
-  if (call.longOptions != nullptr && optionChar == 'W' && spec[1] == ';') {
+  if (call.longOptions != nullptr && optionChar == 'W' && letterEntry[1] == ';') {
     // -W name: the long option is the rest of the word or the next word.
     if (*OptionPlace == '\0') {
       if (++QZGetOptionIndex >= call.argc) {
@@ -239,14 +239,14 @@ int32_t ShortOption(const ScanCall& call, bool posixlyCorrect) {
     return result;
   }
 
-  if (spec[1] != ':') {
+  if (letterEntry[1] != ':') {
     if (*OptionPlace == '\0') ++QZGetOptionIndex;
     return optionChar;
   }
   QZGetOptionArgument = nullptr;
   if (*OptionPlace != '\0') {
     QZGetOptionArgument = OptionPlace;
-  } else if (spec[2] != ':') {
+  } else if (letterEntry[2] != ':') {
     if (++QZGetOptionIndex >= call.argc) {
       OptionPlace = kEmpty;
       if (PrintingAllowed(call)) PrintMessage(QZGetOptionMsgCharacterRequiresArgument, optionChar);
