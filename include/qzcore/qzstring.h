@@ -170,7 +170,8 @@ QZ_API int32_t QZStrToIW(const QZWCHAR* text);
  * prefix gives 16, a leading 0 gives 8). Out of range: the limit (INT32_MIN/INT32_MAX, UINT32_MAX)
  * and errno ERANGE; a minus sign before an unsigned value negates it modulo 2^32. An invalid base
  * gives 0 and errno EINVAL. *end (when `end` is not NULL) receives the address behind the number,
- * or `text` when there was none. */
+ * or `text` when there was none; a 0x prefix is no digit, so "0x" without a hexadecimal digit
+ * behind it (base 0 or 16) converts nothing and gives 0 with *end at `text`. */
 QZ_API int32_t QZStrToLA(const char* text, char** end, int32_t base);
 QZ_API int32_t QZStrToLW(const QZWCHAR* text, QZWCHAR** end, int32_t base);
 QZ_API uint32_t QZStrToULA(const char* text, char** end, int32_t base);

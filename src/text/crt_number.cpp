@@ -46,8 +46,9 @@ ParsedInteger<T> ParseInteger(const T* text, int32_t base) noexcept {
   const T* p = text;
   while (IsSpaceOf(*p)) ++p;
   if (*p == '-' || *p == '+') result.negative = *p++ == '-';
-  // A 0x prefix counts only with a hexadecimal digit behind it; otherwise the 0 is the number.
-  const bool hexPrefix = p[0] == '0' && (p[1] == 'x' || p[1] == 'X') && DigitValue(p[2]) < 16;
+  // "0x" or "0X" is the hexadecimal prefix (base 0 or 16), never a digit: with no hexadecimal
+  // digit behind it nothing is converted, and the end stays at the start of the text.
+  const bool hexPrefix = p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
   if (base == 0) base = hexPrefix ? 16 : (p[0] == '0' ? 8 : 10);
   if (base == 16 && hexPrefix) p += 2;
   const uint32_t radix = static_cast<uint32_t>(base);

@@ -4,8 +4,9 @@
 // Parsing follows the documented contract: leading white space of the current C locale, an
 // optional sign, then digits in the base (2 to 36, or 0 to take 0x/0 prefixes), letters in either
 // case. A magnitude out of range gives the limit and sets errno to ERANGE; an invalid base gives 0
-// and sets errno to EINVAL; text without digits gives 0 with the end at the start. `long` is 32
-// bits here whatever the platform's `long` is.
+// and sets errno to EINVAL; text without digits gives 0 with the end at the start, and a 0x prefix
+// is no digit ("0xg" in base 16 converts nothing). `long` is 32 bits here whatever the platform's
+// `long` is.
 #pragma once
 
 #include <cstdint>

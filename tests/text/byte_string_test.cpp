@@ -41,6 +41,13 @@ TEST(ByteString, NZCpyCutsAndTerminates) {
   std::memset(buffer, '#', sizeof buffer);
   QZStrNZCpyA(buffer, 10, "ab", 5);
   EXPECT_EQ(std::string(buffer, 7), std::string("ab\0\0\0\0#", 7));
+  // Exact fit, and a size of 1 that holds only the terminator.
+  std::memset(buffer, '#', sizeof buffer);
+  QZStrNZCpyA(buffer, 4, "abc", 10);
+  EXPECT_EQ(std::string(buffer, 5), std::string("abc\0#", 5));
+  std::memset(buffer, '#', sizeof buffer);
+  QZStrNZCpyA(buffer, 1, "abc", 10);
+  EXPECT_EQ(std::string(buffer, 2), std::string("\0#", 2));
   // Size 0 is unguarded: the maximum alone bounds the copy.
   std::memset(buffer, '#', sizeof buffer);
   QZStrNZCpyA(buffer, 0, "abcdef", 3);
@@ -64,6 +71,19 @@ TEST(ByteString, NZCatAppendsWithinTheSizeAndReturnsTheAppendedText) {
   std::memcpy(buffer, "abcd", 4);
   EXPECT_EQ(QZStrNZCatA(buffer, 4, "z", 10), buffer + 3);
   EXPECT_EQ(std::string(buffer, 5), std::string("abc\0#", 5));
+  // Exact fit; one byte short cuts the last one.
+  std::memset(buffer, '#', sizeof buffer);
+  std::memcpy(buffer, "ab", 3);
+  EXPECT_EQ(QZStrNZCatA(buffer, 5, "cd", 10), buffer + 2);
+  EXPECT_EQ(std::string(buffer, 6), std::string("abcd\0#", 6));
+  std::memset(buffer, '#', sizeof buffer);
+  std::memcpy(buffer, "ab", 3);
+  QZStrNZCatA(buffer, 4, "cd", 10);
+  EXPECT_EQ(std::string(buffer, 5), std::string("abc\0#", 5));
+  // Size 1: an unterminated byte gives way to the terminator, nothing is appended.
+  std::memset(buffer, '#', sizeof buffer);
+  EXPECT_EQ(QZStrNZCatA(buffer, 1, "z", 10), buffer);
+  EXPECT_EQ(std::string(buffer, 2), std::string("\0#", 2));
   // Size 0 is unguarded: a NUL lands one byte before the destination.
   std::memset(buffer, '#', sizeof buffer);
   EXPECT_EQ(QZStrNZCatA(buffer + 1, 0, "z", 10), buffer);

@@ -93,13 +93,17 @@ TYPED_TEST(Numbers, UnsignedParseWrapsTheSignAndSaturates) {
 
 TYPED_TEST(Numbers, BasesPrefixesAndWhiteSpace) {
   EXPECT_PARSE(this->Long(" \t\n\v\f\r-12abc", 10), -12, 9, 0);
-  // Base 0 reads the prefix; base 16 accepts it; 0x without a hex digit is the number 0.
+  // Base 0 reads the prefix; base 16 accepts it; other bases read the 0 alone.
   EXPECT_PARSE(this->Long("0x1A", 0), 26, 4, 0);
+  EXPECT_PARSE(this->Long(" -0x1A", 0), -26, 6, 0);
   EXPECT_PARSE(this->Long("012", 0), 10, 3, 0);
   EXPECT_PARSE(this->Long("019", 0), 1, 2, 0);
   EXPECT_PARSE(this->Long("0X1f", 16), 31, 4, 0);
-  EXPECT_PARSE(this->Long("0xg", 16), 0, 1, 0);
   EXPECT_PARSE(this->Long("0x1A", 10), 0, 1, 0);
+  // The prefix is no digit: without a hex digit behind it nothing is converted.
+  EXPECT_PARSE(this->Long("0xg", 16), 0, 0, 0);
+  EXPECT_PARSE(this->Long("  0x", 0), 0, 0, 0);
+  EXPECT_PARSE(this->Long("0xg", 0, true), 0, 0, 0);
   // Radix edges: digits up to base - 1, letters in either case.
   EXPECT_PARSE(this->Long("1012", 2), 5, 3, 0);
   EXPECT_PARSE(this->Long("zZ", 36), 35 * 36 + 35, 2, 0);
