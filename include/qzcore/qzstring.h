@@ -92,7 +92,8 @@ QZ_API int32_t QZStrNCmpW(const QZWCHAR* first, const QZWCHAR* second, size_t co
 /* Case-insensitive compare of byte strings: negative, 0 or positive. ASCII is folded to UPPER case
  * by plain comparisons, so the punctuation between `Z` and `a` (0x5B to 0x60) sorts above every
  * letter ("a" < "_"). At the first byte of 0x80 or above on either side, the rest of both strings
- * is compared by the C locale with both sides folded to lower case. So the sign for two strings
+ * is compared byte by byte with both sides folded to lower case by the C locale's `tolower`. So
+ * the sign for two strings
  * that differ at the same letter may change when a non-ASCII byte stands before it. */
 QZ_API int32_t QZStrICmpA(const char* first, const char* second);
 /* The same over at most `count` bytes; a count of 0 gives 0. */
@@ -146,12 +147,12 @@ QZ_API int32_t QZToUpperW(QZWCHAR c);
 QZ_API int32_t QZToLowerW(QZWCHAR c);
 
 /* In place. ASCII `a` to `z` become `A` to `Z`; at the first byte of 0x80 or above the rest of the
- * string goes to upper case by the C locale. A character whose other case needs a different
- * number of bytes stays as it is. Returns `text`. */
+ * string goes to upper case byte by byte by the C locale's `toupper` (in a UTF-8 locale the bytes of
+ * a multi-byte character stay as they are). Returns `text`. */
 QZ_API char* QZStrToUpperA(char* text);
 /* In place. ASCII `a` to `z` become `A` to `Z` -- upper case, as in QZStrToUpperA; ASCII `A` to `Z`
  * and every other ASCII byte stay. At the first byte of 0x80 or above the rest of the string, from
- * that byte on, goes to lower case by the C locale. So on ASCII text this function delivers upper
+ * that byte on, goes to lower case byte by byte by the C locale's `tolower`. So on ASCII text this function delivers upper
  * case; host-name keys and copies rely on it. Returns `text`. */
 QZ_API char* QZStrToLowerA(char* text);
 /* In place: ASCII by plain comparison up to the first unit above 0x7F, the rest by towupper unit by

@@ -1,40 +1,16 @@
-// crt_case.cpp - locale-aware case-insensitive compares and case conversions of the C run-time,
-// rebuilt for byte text in the locale's encoding and for 16-bit units.
+// crt_case.cpp - the C run-time's case-insensitive compares and case conversions, rebuilt byte by
+// byte on the locale's single-byte tables and unit by unit on its wide tables.
 #include "text/crt_case.h"
-
-#include <cstring>
 
 #include "text/crt_chars.h"
 
 namespace qz::text {
 namespace {
 
-// Bytes the decoder may look at: never past the terminator.
-size_t DecodeLimit(const char* text, size_t count) noexcept {
-  const size_t limit = count < crt::MaxCharBytes() ? count : crt::MaxCharBytes();
-  return strnlen(text, limit);
-}
-
 char* MapInPlace(char* text, bool upper) noexcept {
-  char* p = text;
-  while (*p != 0) {
-    uint32_t c = 0;
-    // ASCII is one byte in every encoding the C library offers: the byte tables answer quicker.
-    const bool ascii = static_cast<unsigned char>(*p) < 0x80;
-    const size_t n = ascii ? 0 : crt::DecodeChar(p, DecodeLimit(p, crt::MaxCharBytes()), &c);
-    if (n == 0) {
-      // Not a character of the locale's encoding: the byte functions decide.
-      const int b = static_cast<unsigned char>(*p);
-      *p = static_cast<char>(upper ? crt::ToUpper(b) : crt::ToLower(b));
-      ++p;
-      continue;
-    }
-    const uint32_t mapped = upper ? crt::ToUpperChar(c) : crt::ToLowerChar(c);
-    if (mapped != c) {
-      char encoded[crt::MaxCharBytes()];
-      if (crt::EncodeChar(mapped, encoded) == n) std::memcpy(p, encoded, n);
-    }
-    p += n;
+  for (char* p = text; *p != 0; ++p) {
+    const int b = static_cast<unsigned char>(*p);
+    *p = static_cast<char>(upper ? crt::ToUpper(b) : crt::ToLower(b));
   }
   return text;
 }
@@ -42,35 +18,10 @@ char* MapInPlace(char* text, bool upper) noexcept {
 }  // namespace
 
 int32_t CrtCompareNoCaseN(const char* first, const char* second, size_t count) noexcept {
-  while (count > 0) {
-    const int a = static_cast<unsigned char>(*first);
-    const int b = static_cast<unsigned char>(*second);
-    if (a == 0 || b == 0) return crt::ToLower(a) - crt::ToLower(b);
-    uint32_t ca = 0;
-    uint32_t cb = 0;
-    size_t na = 0;
-    size_t nb = 0;
-    // Two ASCII bytes need no decoding: the byte tables answer quicker.
-    if (a >= 0x80 || b >= 0x80) {
-      na = crt::DecodeChar(first, DecodeLimit(first, count), &ca);
-      nb = crt::DecodeChar(second, DecodeLimit(second, count), &cb);
-    }
-    if (na != 0 && nb != 0) {
-      const int32_t fa = static_cast<int32_t>(crt::ToLowerChar(ca));
-      const int32_t fb = static_cast<int32_t>(crt::ToLowerChar(cb));
-      if (fa != fb) return fa - fb;
-      first += na;
-      second += nb;
-      count -= na;
-      continue;
-    }
-    // ASCII on both sides, or one side holds no whole character here: compare single bytes.
-    const int fa = crt::ToLower(a);
-    const int fb = crt::ToLower(b);
-    if (fa != fb) return fa - fb;
-    ++first;
-    ++second;
-    --count;
+  for (; count > 0; --count, ++first, ++second) {
+    const int a = crt::ToLower(static_cast<unsigned char>(*first));
+    const int b = crt::ToLower(static_cast<unsigned char>(*second));
+    if (a != b || *first == 0) return a - b;
   }
   return 0;
 }

@@ -1,10 +1,10 @@
 // crt_case.h - the C run-time's case-insensitive compares and in-place case conversions, for byte
 // text and for 16-bit text, under the current C locale.
 //
-// These are the functions the fast paths hand the non-ASCII rest of a string to. Byte text is read
-// by the locale's multi-byte encoding: a whole character is folded or mapped through the wide case
-// tables, and bytes that form no character fall back to the byte functions. 16-bit text is read
-// unit by unit.
+// These are the functions the fast paths hand the non-ASCII rest of a string to. As the run-time's
+// single-byte functions do, byte text is read byte by byte: each byte is folded or mapped by the
+// locale's `tolower`/`toupper` (in a UTF-8 locale the bytes of a multi-byte character are no
+// letters and stay as they are). 16-bit text is read unit by unit.
 #pragma once
 
 #include <cstddef>
@@ -13,12 +13,11 @@
 namespace qz::text {
 
 // Compares case-insensitively (both sides folded to lower case): negative, 0 or positive, the
-// difference of the first folded characters that differ.
+// difference of the first folded bytes that differ.
 int32_t CrtCompareNoCase(const char* first, const char* second) noexcept;
 // The same over at most `count` bytes of the first string; a count of 0 gives 0.
 int32_t CrtCompareNoCaseN(const char* first, const char* second, size_t count) noexcept;
-// Maps every character to lower or upper case in place. A character whose mapping would need a
-// different number of bytes is left as it stands, so the string never grows or shrinks.
+// Maps every byte to lower or upper case in place.
 char* CrtLowerInPlace(char* text) noexcept;
 char* CrtUpperInPlace(char* text) noexcept;
 

@@ -31,30 +31,6 @@ int32_t ToLowerUnit(char16_t unit) noexcept {
   return static_cast<int32_t>(std::towlower(static_cast<wint_t>(unit)));
 }
 
-size_t DecodeChar(const char* text, size_t limit, uint32_t* character) noexcept {
-  std::mbstate_t state{};
-  wchar_t wc = 0;
-  const size_t n = std::mbrtowc(&wc, text, limit, &state);
-  // (size_t)-1: invalid, (size_t)-2: cut off by the limit, 0: a NUL (not asked for).
-  if (n == 0 || n == static_cast<size_t>(-1) || n == static_cast<size_t>(-2)) return 0;
-  *character = static_cast<uint32_t>(wc);
-  return n;
-}
-
-size_t EncodeChar(uint32_t character, char* out) noexcept {
-  static_assert(MB_LEN_MAX <= MaxCharBytes());
-  std::mbstate_t state{};
-  const size_t n = std::wcrtomb(out, static_cast<wchar_t>(character), &state);
-  return n == static_cast<size_t>(-1) ? 0 : n;
-}
-
-uint32_t ToUpperChar(uint32_t character) noexcept {
-  return static_cast<uint32_t>(std::towupper(static_cast<wint_t>(character)));
-}
-uint32_t ToLowerChar(uint32_t character) noexcept {
-  return static_cast<uint32_t>(std::towlower(static_cast<wint_t>(character)));
-}
-
 double ParseDouble(const char* text, const char** end) noexcept {
   char* stop = nullptr;
   const double value = std::strtod(text, &stop);

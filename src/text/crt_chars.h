@@ -28,18 +28,6 @@ int IsSpaceUnit(char16_t unit) noexcept;
 int32_t ToUpperUnit(char16_t unit) noexcept;
 int32_t ToLowerUnit(char16_t unit) noexcept;
 
-// One multi-byte character of the current locale's encoding at `text`, reading at most `limit`
-// bytes: its length in bytes (1 or more) and its value in *character, or 0 when the bytes there do
-// not form a whole character (invalid or cut off). Never called on a NUL.
-size_t DecodeChar(const char* text, size_t limit, uint32_t* character) noexcept;
-// Encodes `character` in the current locale's encoding into `out` (room for MaxCharBytes()
-// bytes): the number of bytes, or 0 when the encoding cannot represent it.
-size_t EncodeChar(uint32_t character, char* out) noexcept;
-constexpr size_t MaxCharBytes() noexcept { return 16; }
-// Case mapping of a decoded character (a value DecodeChar gave).
-uint32_t ToUpperChar(uint32_t character) noexcept;
-uint32_t ToLowerChar(uint32_t character) noexcept;
-
 // strtod on byte text; the end pointer is always stored.
 double ParseDouble(const char* text, const char** end) noexcept;
 // wcstod on 16-bit text read unit by unit; *consumed receives the number of units parsed (0 when
