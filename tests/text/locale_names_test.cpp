@@ -72,8 +72,14 @@ TEST(LocaleNames, InvariantLocale) {
   QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
   EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x007Fu);
   QZWCHAR buf[16];
-  ASSERT_EQ(QZGetDefaultLocale(buf, 16), 0);
+  std::fill(std::begin(buf), std::end(buf), 0xBEEF);
+  // "en_US_POSIX" is 11 units: a size of 11 leaves no room for the terminator.
+  EXPECT_EQ(QZGetDefaultLocale(buf, 11), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(QZGetDefaultLocale(buf, 0), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(buf[0], 0xBEEF);
+  ASSERT_EQ(QZGetDefaultLocale(buf, 12), 0);
   EXPECT_EQ(Text(buf), "en_US_POSIX");
+  EXPECT_EQ(buf[12], 0xBEEF);
 
   // UTF-8 is code page 65001, which just fills 8 units.
   QZWCHAR enc[8];
