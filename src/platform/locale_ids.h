@@ -12,6 +12,12 @@ namespace qz::os {
 // 0x1000 for a locale that has no identifier.
 uint32_t GetUserDefaultLCID() noexcept;
 
+// The locale identifier of a locale name of the form language[_TERRITORY][.codeset][@modifier]: the
+// row of the language, territory and modifier; else, for a modifier that is not listed (@euro), the
+// row of the language and territory; else the language's default row; else 0x1000. "C" and
+// "POSIX" give 0x007F.
+uint32_t LcidFromLocaleName(const char* name) noexcept;
+
 // The number of the ANSI code page (65001 for UTF-8, 20127 for ASCII, 28591 for ISO-8859-1, ...);
 // 0 for a byte encoding that has no number.
 uint32_t GetACP() noexcept;

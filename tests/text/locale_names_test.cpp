@@ -72,8 +72,14 @@ TEST(LocaleNames, InvariantLocale) {
   QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
   EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x007Fu);
   QZWCHAR buf[16];
-  ASSERT_EQ(QZGetDefaultLocale(buf, 16), 0);
+  std::fill(std::begin(buf), std::end(buf), 0xBEEF);
+  // "en_US_POSIX" is 11 units: a size of 11 leaves no room for the terminator.
+  EXPECT_EQ(QZGetDefaultLocale(buf, 11), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(QZGetDefaultLocale(buf, 0), QZ_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(buf[0], 0xBEEF);
+  ASSERT_EQ(QZGetDefaultLocale(buf, 12), 0);
   EXPECT_EQ(Text(buf), "en_US_POSIX");
+  EXPECT_EQ(buf[12], 0xBEEF);
 
   // UTF-8 is code page 65001, which just fills 8 units.
   QZWCHAR enc[8];
@@ -106,15 +112,17 @@ TEST(LocaleNames, GermanLocaleAndBufferSizes) {
 }
 
 TEST(LocaleNames, LocaleIdentifiersFromNames) {
-  // Names the machine may lack are checked only where setlocale accepts them.
   const std::pair<const char*, uint32_t> cases[] = {
-      {"POSIX", 0x007F}, {"en_US.UTF-8", 0x0409}, {"en_GB.UTF-8", 0x0809}, {"de_AT.UTF-8", 0x0C07},
-      {"es_ES.UTF-8", 0x0C0A}, {"sr_RS.UTF-8@latin", 0x241A}, {"pt_BR.UTF-8", 0x0416}};
+      {"C", 0x007F}, {"POSIX", 0x007F}, {"C.UTF-8", 0x007F}, {"en_US.UTF-8", 0x0409},
+      {"en_GB.ISO-8859-1", 0x0809}, {"de_AT.UTF-8", 0x0C07}, {"es_ES.UTF-8", 0x0C0A},
+      {"pt_BR", 0x0416}, {"sr_RS.UTF-8@latin", 0x241A}, {"sr_RS@latin", 0x241A},
+      {"uz_UZ.UTF-8@cyrillic", 0x0843}, {"uz_UZ", 0x0443},
+      // A modifier that names no script keeps the territory's row.
+      {"de_AT@euro", 0x0C07}, {"fr_BE.ISO-8859-15@euro", 0x080C}, {"en_IE@euro", 0x1809},
+      // An unlisted territory takes the language's default row; an unknown language has none.
+      {"de_BE.UTF-8", 0x0407}, {"en", 0x0409}, {"xx_YY.UTF-8", 0x1000}};
   for (const auto& [name, lcid] : cases) {
-    qztest::ScopedLocale locale(name);
-    if (locale.ok()) {
-      EXPECT_EQ(qz::os::GetUserDefaultLCID(), lcid) << name;
-    }
+    EXPECT_EQ(qz::os::LcidFromLocaleName(name), lcid) << name;
   }
 }
 

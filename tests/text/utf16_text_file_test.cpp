@@ -74,6 +74,10 @@ TEST(Utf16TextFile, BufferSizeSplitsLongLines) {
   const std::string path = dir.File("long.txt");
   WriteBytes(path, Utf16LeFile(u"0123456789\r\nx\r\n"));
   EXPECT_EQ(ReadAll(path, 5), (Lines{u"0123", u"4567", u"89", u"x"}));
+  // A piece that fills the buffer up to its CR leaves the LF behind, which then reads as an empty
+  // line; a line end that does not fit at all does the same.
+  WriteBytes(path, Utf16LeFile(u"abc\r\nabcd\ny\r\n"));
+  EXPECT_EQ(ReadAll(path, 5), (Lines{u"abc", u"", u"abcd", u"", u"y"}));
 
   QZTextFileHandle file = QZFileOpenUTF16(path.c_str(), "rb");
   ASSERT_NE(file, nullptr);

@@ -105,19 +105,28 @@ LocaleName SplitLocaleName(std::string_view name) {
   return parts;
 }
 
-uint32_t LcidFromLocaleName(std::string_view name) {
+}  // namespace
+
+uint32_t LcidFromLocaleName(const char* name) noexcept {
   const LocaleName parts = SplitLocaleName(name);
   if (parts.language == "C" || parts.language == "POSIX" || parts.language.empty()) return kLcidInvariant;
   const LocaleId* languageRow = nullptr;
+  const LocaleId* territoryRow = nullptr;
   for (const LocaleId& row : kLocaleIds) {
     const LocaleName listed = SplitLocaleName(row.name);
     if (listed.language != parts.language) continue;
     if (languageRow == nullptr) languageRow = &row;
-    if (listed.territory == parts.territory && listed.modifier == parts.modifier) return row.lcid;
+    if (listed.territory != parts.territory) continue;
+    if (listed.modifier == parts.modifier) return row.lcid;
+    if (listed.modifier.empty()) territoryRow = &row;
   }
-  // A listed language in an unlisted territory or script: its default row.
+  // A modifier that names no script of its own (de_AT@euro) keeps the territory's row; a listed
+  // language in an unlisted territory takes its default row.
+  if (territoryRow != nullptr) return territoryRow->lcid;
   return languageRow != nullptr ? languageRow->lcid : kLcidCustomUnspecified;
 }
+
+namespace {
 
 // The codeset name without "-", "_" and spaces, in upper case; empty if it is implausibly long.
 std::string_view NormalizeCodeset(const char* codeset, char (&key)[32]) {
