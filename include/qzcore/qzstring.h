@@ -93,8 +93,8 @@ QZ_API int32_t QZStrNCmpW(const QZWCHAR* first, const QZWCHAR* second, size_t co
  * by plain comparisons, so the punctuation between `Z` and `a` (0x5B to 0x60) sorts above every
  * letter ("a" < "_"). At the first byte of 0x80 or above on either side, the rest of both strings
  * is compared byte by byte with both sides folded to lower case by the C locale's `tolower`. So
- * the sign for two strings
- * that differ at the same letter may change when a non-ASCII byte stands before it. */
+ * the sign for two strings that differ at the same letter may change when a non-ASCII byte stands
+ * before it. */
 QZ_API int32_t QZStrICmpA(const char* first, const char* second);
 /* The same over at most `count` bytes; a count of 0 gives 0. */
 QZ_API int32_t QZStrNICmpA(const char* first, const char* second, size_t count);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "qzcore/qzstring.h"
+#include "qzcore/qzunicode.h"
 #include "text/crt_case.h"
 #include "text/crt_chars.h"
 #include "text/crt_number.h"
@@ -34,6 +35,8 @@ QZ_API size_t QZStrLenW(const QZWCHAR* text) { return tx::Length(text); }
 QZ_API int32_t QZStrLenW_32(const QZWCHAR* text) __attribute__((alias("QZStrLenW")));
 QZ_API size_t QZStrNLenA(const char* text, size_t maximum) { return tx::BoundedLength(text, maximum); }
 QZ_API size_t QZStrNLenW(const QZWCHAR* text, size_t maximum) { return tx::BoundedLength(text, maximum); }
+// The bounded UTF-16 length is the same entry point under a second name.
+QZ_API size_t QZStrNLenUTF16(const QZWCHAR* text, size_t maximum) __attribute__((alias("QZStrNLenW")));
 
 QZ_API char* QZStrCpyA(char* destination, const char* source) { return tx::Copy(destination, source); }
 QZ_API QZWCHAR* QZStrCpyW(QZWCHAR* destination, const QZWCHAR* source) { return tx::Copy(destination, source); }

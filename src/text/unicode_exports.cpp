@@ -27,8 +27,7 @@ extern "C" {
 
 QZ_API int64_t QZStrLenUTF16(const QZWCHAR* text) { return qz::text::Length32(text); }
 
-// The bounded length is one operation under two names: this one answers exactly as the wide one.
-QZ_API size_t QZStrNLenUTF16(const QZWCHAR* text, size_t max) { return QZStrNLenW(text, max); }
+// QZStrNLenUTF16 is QZStrNLenW under a second name: its alias stands beside QZStrNLenW.
 
 QZ_API int32_t QZCountCharUTF16(const QZWCHAR* text) { return u_countChar32(text, -1); }
 
