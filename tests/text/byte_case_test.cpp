@@ -11,14 +11,7 @@
 
 namespace {
 
-class ByteCase : public ::testing::TestWithParam<const char*> {
- protected:
-  void SetUp() override {
-    m_locale = std::make_unique<qztest::ScopedLocale>(GetParam());
-    if (!m_locale->ok()) GTEST_SKIP() << "locale " << GetParam() << " not installed";
-  }
-  std::unique_ptr<qztest::ScopedLocale> m_locale;
-};
+class ByteCase : public qztest::LocaleTest {};
 
 std::string Lowered(std::string text) {
   QZStrToLowerA(text.data());

@@ -1,7 +1,10 @@
 // text_locale.h - runs a test under a named C locale and restores the previous one afterwards.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <clocale>
+#include <memory>
 #include <string>
 
 namespace qztest {
@@ -24,5 +27,15 @@ class ScopedLocale {
 
 // The locales the locale-dependent tests run under; those the machine lacks are skipped.
 inline const char* const kTextLocales[] = {"C.UTF-8", "de_DE.UTF-8"};
+
+// A suite whose tests run once under each locale of its parameter, skipped where it is missing.
+class LocaleTest : public ::testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    m_locale = std::make_unique<ScopedLocale>(GetParam());
+    if (!m_locale->ok()) GTEST_SKIP() << "locale " << GetParam() << " not installed";
+  }
+  std::unique_ptr<ScopedLocale> m_locale;
+};
 
 }  // namespace qztest
