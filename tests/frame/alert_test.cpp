@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -81,6 +82,22 @@ TEST_F(Alert, TraceWritesPrefixAndTextAndCutsLongText) {
   QZTrace(u"%ls", longText.c_str());
   const std::string cut = ReadFile(m_debug);
   EXPECT_EQ(cut.substr(cut.find(']') + 1), std::string(511, 'y'));
+}
+
+TEST_F(Alert, TracePrefixOfAForkedChildIsItsOwnThread) {
+  QZTrace(u"parent");  // this thread's id is known to the library now
+  std::remove(m_debug.c_str());
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    QZTrace(u"child");
+    _exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  char expected[32];
+  std::snprintf(expected, sizeof expected, "[%#x]child", static_cast<unsigned>(child));
+  EXPECT_EQ(ReadFile(m_debug), expected);
 }
 
 // --- The operator question, on a pseudo-terminal, in a child process -----------------------------

@@ -1,6 +1,7 @@
 // process_info.cpp - thread and process identity, yielding, traps and sessions on Linux.
 #include "platform/process_info.h"
 
+#include <pthread.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/utsname.h>
@@ -12,11 +13,26 @@
 
 namespace qz::os {
 namespace {
+
 thread_local uint32_t t_threadId = 0;  // gettid() of this thread, fetched once
+
+// The thread that calls fork() goes on in the child under a new id, with the copy of its cached
+// one: forget it there, so the child's trace prefix, mutex owners and lock peeks see its own id.
+void ForgetThreadIdInChild() noexcept { t_threadId = 0; }
+
+// Registered once, when the first thread id is cached.
+void RegisterForkHandler() noexcept {
+  static const bool registered = pthread_atfork(nullptr, nullptr, &ForgetThreadIdInChild) == 0;
+  (void)registered;
 }
 
+}  // namespace
+
 uint32_t GetCurrentThreadId() noexcept {
-  if (t_threadId == 0) t_threadId = static_cast<uint32_t>(gettid());
+  if (t_threadId == 0) {
+    RegisterForkHandler();
+    t_threadId = static_cast<uint32_t>(gettid());
+  }
   return t_threadId;
 }
 
