@@ -33,16 +33,20 @@ inline constexpr uint32_t kErrorModNotFound = 126;
 inline constexpr uint32_t kErrorProcNotFound = 127;
 inline constexpr uint32_t kErrorDirNotEmpty = 145;
 inline constexpr uint32_t kErrorBusy = 170;
+inline constexpr uint32_t kErrorBadExeFormat = 193;
 inline constexpr uint32_t kErrorAlreadyExists = 183;
 inline constexpr uint32_t kErrorFilenameExcedRange = 206;
+inline constexpr uint32_t kErrorFileTooLarge = 223;
 inline constexpr uint32_t kErrorMoreData = 234;
 inline constexpr uint32_t kErrorWaitTimeout = 258;
 inline constexpr uint32_t kErrorNoMoreItems = 259;
 inline constexpr uint32_t kErrorDirectory = 267;
 inline constexpr uint32_t kErrorNotOwner = 288;
+inline constexpr uint32_t kErrorArithmeticOverflow = 534;
 inline constexpr uint32_t kErrorTooManyPosts = 298;
 inline constexpr uint32_t kErrorOperationAborted = 995;
 inline constexpr uint32_t kErrorNoaccess = 998;
 inline constexpr uint32_t kErrorTimeout = 1460;
+inline constexpr uint32_t kErrorCantResolveFilename = 1921;
 
 }  // namespace qz::os

@@ -10,7 +10,8 @@ namespace qz::os {
 
 enum class ErrnoContext {
   kGeneral,        // any operation
-  kPath,           // an operation on a path: ENOENT for a missing directory becomes 3
+  kPath,           // an operation on a path; telling a missing directory (3) from a missing
+                   // file (2) needs the path: SetLastErrorFromPathErrno
   kExclusiveCreate,// O_CREAT|O_EXCL: EEXIST becomes 80
   kByteRangeLock,  // a non-blocking byte-range lock: EWOULDBLOCK/EAGAIN become 33
 };

@@ -46,11 +46,13 @@ thread_local uint32_t t_lastError = 0;  // this thread's last platform error
   X(ENOSYS, kErrorNotSupported)                \
   X(EOPNOTSUPP, kErrorNotSupported)            \
   X(ERANGE, kErrorInsufficientBuffer)          \
-  X(EOVERFLOW, kErrorInsufficientBuffer)       \
+  X(EOVERFLOW, kErrorArithmeticOverflow)       \
   X(EBUSY, kErrorBusy)                         \
   X(EFAULT, kErrorNoaccess)                    \
   X(ECANCELED, kErrorOperationAborted)         \
-  X(ELOOP, kErrorPathNotFound)                 \
+  X(ELOOP, kErrorCantResolveFilename)          \
+  X(ENOEXEC, kErrorBadExeFormat)               \
+  X(EFBIG, kErrorFileTooLarge)                 \
   X(ESRCH, kErrorInvalidHandle)                \
   X(ECHILD, kErrorInvalidHandle)
 

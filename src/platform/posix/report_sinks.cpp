@@ -21,6 +21,7 @@
 
 #include "platform/process_info.h"
 #include "platform/utf8.h"
+#include "syslog_line.h"
 
 namespace qz::os {
 namespace {
@@ -61,27 +62,40 @@ std::string EscapeEventField(const std::string& s) {
   return out;
 }
 
-void SendToSyslog(const std::string& title, const std::string& text) noexcept {
+// Sends one entry to the system log socket; silent if there is none.
+void SendToSyslog(const std::string& line) noexcept {
   const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return;
   struct sockaddr_un addr {};
   addr.sun_family = AF_UNIX;
   strcpy(addr.sun_path, "/dev/log");
   if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) {
-    char stamp[32];
-    const time_t now = time(nullptr);
-    struct tm tmNow;
-    localtime_r(&now, &tmNow);
-    strftime(stamp, sizeof stamp, "%b %e %H:%M:%S", &tmNow);
-    // <14>: facility user (1), priority info (6).
-    std::string message = std::string("<14>") + stamp + " " + kEventSource + "[" +
-                          std::to_string(GetCurrentProcessId()) + "]: " + title + ": " + text;
-    send(fd, message.data(), message.size(), MSG_NOSIGNAL);
+    send(fd, line.data(), line.size(), MSG_NOSIGNAL);
   }
   close(fd);
 }
 
 }  // namespace
+
+std::string SyslogLine(std::string_view ident, uint32_t pid, std::time_t when, std::string_view message) {
+  static constexpr char kMonths[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  struct tm local;
+  localtime_r(&when, &local);
+  char stamp[32];
+  std::snprintf(stamp, sizeof stamp, "%s %2d %02d:%02d:%02d", kMonths[local.tm_mon % 12], local.tm_mday,
+                local.tm_hour, local.tm_min, local.tm_sec);
+  // <14>: facility user (1), priority info (6).
+  std::string line = "<14>";
+  line += stamp;
+  line += ' ';
+  line += ident;
+  line += '[';
+  line += std::to_string(pid);
+  line += "]: ";
+  line += message;
+  return line;
+}
 
 void OutputDebugText(std::u16string_view text) noexcept {
   try {
@@ -107,7 +121,7 @@ void ReportEvent(const char16_t* title, std::u16string_view text) noexcept {
     if (path != nullptr && *path != '\0') {
       AppendToFile(path, EscapeEventField(titleUtf8) + "\t" + EscapeEventField(textUtf8) + "\n");
     } else {
-      SendToSyslog(titleUtf8, textUtf8);
+      SendToSyslog(SyslogLine(kEventSource, GetCurrentProcessId(), time(nullptr), titleUtf8 + ": " + textUtf8));
     }
   } catch (...) {
     // A failed event entry is silent.
