@@ -97,7 +97,8 @@ QZRESULT QZLibraryStop() noexcept {
   // A start that failed before it obtained the allocator has none to give back.
   if (g_comMalloc != nullptr && g_comMalloc->Release() == 0) g_comMalloc = nullptr;
   QZRESULT status = QZ_S_OK;
-  if (StopHook() < 0 || StopHook() < 0) status = QZ_E_FAIL;
+  if (StopHook() < 0) status = QZ_E_FAIL;  // both hooks run, whatever the first answered
+  if (StopHook() < 0) status = QZ_E_FAIL;
   DestroyGlobalData();
   return status;
 }
