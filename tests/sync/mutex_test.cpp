@@ -111,6 +111,8 @@ TEST_F(CheckedMutex, NonRecursiveOwnerReacquireAlertsAndKeepsTheLock) {
   EXPECT_EQ(Alerts(), acquireText + acquireText);
   EXPECT_EQ(QZMutexAssertOwnership(m, 1), 1);
   EXPECT_EQ(QZMutexAssertOwnership(m, 0), 0);
+  EXPECT_EQ(QZMutexAssertOwnership(m, -1), -1);  // the owner gets its belief back, sign-extended
+  EXPECT_EQ(OnOtherThread([&] { return QZMutexAssertOwnership(m, -1); }), 0);
   EXPECT_EQ(QZMutexRelease(m), 0);  // depth was 1: the failed acquires left no trace
   EXPECT_EQ(QZMutexAssertOwnership(m, 0), 1);
   EXPECT_EQ(QZMutexAssertOwnership(m, 1), 0);
@@ -140,6 +142,18 @@ TEST_F(CheckedMutex, StatisticsAloneCheckNothing) {
   EXPECT_EQ(QZMutexRelease(m), 0);
   EXPECT_EQ(QZMutexRelease(m), 0);
   EXPECT_EQ(Alerts(), "");
+  // A release by a thread that holds nothing goes ahead: the depth wraps, so the next pair's
+  // release is no outermost one and its hold is not timed.
+  ASSERT_EQ(QZMutexRelease(m), 0);
+  ASSERT_EQ(QZMutexAcquire(m), 0);
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  ASSERT_EQ(QZMutexRelease(m), 0);
+  EXPECT_EQ(Alerts(), "");
+  QZMutexStats s;
+  ASSERT_EQ(QZGetLockStats(m, &s), 0);
+  EXPECT_EQ(s.acquireCount, 3);
+  EXPECT_EQ(s.heldCount, 4);
+  EXPECT_LT(s.totalHeldTime, 30000);  // only the first, immediate hold was timed
   QZMutexDestroy(m);
   QZResetLockStats();
 }
@@ -164,6 +178,15 @@ TEST(MutexStatistics, RecursiveHoldCountsTwiceAndTimesOnce) {
   ASSERT_EQ(QZGetLockStats(m, &s), 0);
   EXPECT_EQ(s.acquireCount, 3);
   EXPECT_EQ(s.totalAcquireTime, s.maxAcquireTime);
+  // A hold that spans a reset is counted and timed when it ends.
+  ASSERT_EQ(QZMutexAcquire(m), 0);
+  QZResetLockStats();
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  ASSERT_EQ(QZMutexRelease(m), 0);
+  ASSERT_EQ(QZGetLockStats(m, &s), 0);
+  EXPECT_EQ(s.acquireCount, 0);
+  EXPECT_EQ(s.heldCount, 1);
+  EXPECT_GE(s.totalHeldTime, 5000);
   QZMutexDestroy(m);
   QZResetLockStats();
 }
