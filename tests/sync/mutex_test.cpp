@@ -131,6 +131,15 @@ TEST_F(CheckedMutex, ReleaseChecksOwnerThenDepth) {
   EXPECT_EQ(OnOtherThread([&] { return QZMutexAssertOwnership(m, 1); }), 0);
   EXPECT_EQ(OnOtherThread([&] { return QZMutexAssertOwnership(m, 0); }), 1);
   EXPECT_EQ(QZMutexRelease(m), 0);
+  // 65536 holds wrap the 16-bit depth to 0 under the right owner: the depth check fires, and
+  // the lock stays held.
+  for (int i = 0; i < 65536; ++i) ASSERT_EQ(QZMutexAcquire(m), 0);
+  EXPECT_EQ(QZMutexRelease(m), QZ_E_FAIL);
+  const std::string ownerText = std::string(kTitle) + "CQZCoreMutexChecked::preRelease m_owner check failed\n";
+  EXPECT_EQ(Alerts(), ownerText + ownerText + kTitle + "CQZCoreMutexChecked::preRelease m_lockDepth check failed\n");
+  EXPECT_EQ(OnOtherThread([&] { return QZMutexTryAcquire(m); }), QZ_E_FAIL);
+  auto* os = static_cast<pthread_mutex_t*>(QZMutexGetOSMutex(m));
+  for (int i = 0; i < 65536; ++i) pthread_mutex_unlock(os);
   QZMutexDestroy(m);
 }
 
