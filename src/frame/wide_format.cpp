@@ -48,9 +48,11 @@ std::u16string DecodeBytes(std::string_view bytes, size_t maxUnits = SIZE_MAX) {
   return out;
 }
 
-void AppendPadded(std::u16string& out, std::u16string_view text, int width, bool leftAlign) {
+// Pads text (a string, a character or a pointer) to `width`. As with numbers, the 0 flag pads on
+// the left with zeros: the first platform's formatter makes no exception for text.
+void AppendPadded(std::u16string& out, std::u16string_view text, int width, bool leftAlign, bool zeroPad) {
   const size_t pad = width > 0 && static_cast<size_t>(width) > text.size() ? static_cast<size_t>(width) - text.size() : 0;
-  if (!leftAlign) out.append(pad, u' ');
+  if (!leftAlign) out.append(pad, zeroPad ? u'0' : u' ');
   out.append(text);
   if (leftAlign) out.append(pad, u' ');
 }
@@ -137,6 +139,7 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
     }
     ++p;
     const bool leftAlign = flags.find('-') != std::string::npos;
+    const bool zeroPad = flags.find('0') != std::string::npos;
     std::string conversion(1, '%');
     conversion += flags;
     if (width >= 0) conversion += std::to_string(width);
@@ -162,7 +165,7 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
           if (s == nullptr) s = "(null)";
           text = DecodeBytes(s, precision < 0 ? SIZE_MAX : static_cast<size_t>(precision));
         }
-        AppendPadded(out, text, width, leftAlign);
+        AppendPadded(out, text, width, leftAlign, zeroPad);
         break;
       }
       case u'c':
@@ -177,7 +180,7 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
           const char byte = static_cast<char>(value);
           text = DecodeBytes(std::string_view(&byte, 1));
         }
-        AppendPadded(out, text, width, leftAlign);
+        AppendPadded(out, text, width, leftAlign, zeroPad);
         break;
       }
       case u'd':
@@ -222,7 +225,7 @@ std::u16string FormatWideV(const char16_t* format, va_list args, PlainString pla
         const auto value = reinterpret_cast<uintptr_t>(va_arg(ap, void*));
         char digits[32];
         std::snprintf(digits, sizeof digits, "%016llX", static_cast<unsigned long long>(value));
-        AppendPadded(out, DecodeBytes(digits), width, leftAlign);
+        AppendPadded(out, DecodeBytes(digits), width, leftAlign, zeroPad);
         break;
       }
       case u'n':

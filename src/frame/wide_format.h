@@ -3,7 +3,8 @@
 // In a 16-bit format, %s, %ls, %ws, %c and %lc take 16-bit text; %hs, %S, %hc and %C take byte text
 // (decoded by the current C locale). Integer sizes follow the first platform: %ld and %lu are 32
 // bits, %lld, %I64d and %zd 64 bits, %I32d 32 bits, %Id pointer-sized; %p prints 16 upper-case hex
-// digits. Other conversions are as in printf; %n writes nothing.
+// digits. The 0 flag pads strings, characters and pointers with zeros too. Other conversions are
+// as in printf; %n writes nothing.
 #pragma once
 
 #include <cstdarg>

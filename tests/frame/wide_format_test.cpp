@@ -22,6 +22,8 @@ TEST(WideFormat, StringAndCharacterConversionsFollowTheWideRules) {
   EXPECT_EQ(Format(u"%hs|%S", "bytes", "more"), u"bytes|more");
   EXPECT_EQ(Format(u"%c%hc%C", u'\u00e9', 'x', 'y'), u"\u00e9xy");
   EXPECT_EQ(Format(u"[%5ls][%-5ls][%.2ls]", u"ab", u"ab", u"abcdef"), u"[   ab][ab   ][ab]");
+  // The 0 flag pads text with zeros as it pads numbers, unless the text is left-aligned.
+  EXPECT_EQ(Format(u"[%05ls][%-05hs][%03c][%06.2hs]", u"ab", "ab", u'x', "abcdef"), u"[000ab][ab   ][00x][0000ab]");
   EXPECT_EQ(Format(u"%ls %hs", static_cast<const char16_t*>(nullptr), static_cast<const char*>(nullptr)),
             u"(null) (null)");
   // Surrogate pairs pass through untouched.
@@ -41,6 +43,8 @@ TEST(WideFormat, IntegerSizesAreThoseOfTheFirstPlatform) {
 
 TEST(WideFormat, PointersPercentAndOddSpecifiers) {
   EXPECT_EQ(Format(u"%p", reinterpret_cast<void*>(0x12AB40)), u"000000000012AB40");
+  EXPECT_EQ(Format(u"[%18p][%018p]", reinterpret_cast<void*>(0x1), reinterpret_cast<void*>(0x2)),
+            u"[  0000000000000001][000000000000000002]");
   EXPECT_EQ(Format(u"100%%"), u"100%");
   int untouched = 5;
   EXPECT_EQ(Format(u"a%nb", &untouched), u"ab");
