@@ -19,9 +19,10 @@ namespace {
 thread_local uint32_t t_lastError = 0;  // this thread's last platform error
 
 // errno value, platform number. A value not listed becomes kErrorInvalidFunction, which, like most
-// numbers, the result translation turns into a general failure.
+// numbers, the result translation turns into a general failure. Translation happens only on a
+// failure path, so an errno of 0 (a call that failed without saying why) is not listed either: it
+// must never read as success.
 #define QZ_ERRNO_TABLE(X)                      \
-  X(0, kErrorSuccess)                          \
   X(ENOENT, kErrorFileNotFound)                \
   X(ENOTDIR, kErrorPathNotFound)               \
   X(EACCES, kErrorAccessDenied)                \
