@@ -11,7 +11,7 @@
 #include "qzcore/qzlocale.h"
 #include "support/test_support.h"
 #include "text/locale_names.h"
-#include "unicode_test_locale.h"
+#include "text_locale.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "qzcore/qzunicode.h"
 #include "support/test_support.h"
 #include "text/ansi_string.h"
-#include "unicode_test_locale.h"
+#include "text_locale.h"
 
 namespace {
 
