@@ -106,29 +106,28 @@ TEST(ByteString, LengthOrderAndSearches) {
   EXPECT_EQ(QZStrChrA(text, 0), text + 11);
 }
 
+// Every token of a walk over `text`, each followed by "|", then "end" if the position became NULL.
+std::string Walk(std::string text, const char* delimiters) {
+  std::string tokens;
+  char* position = text.data();
+  while (const char* token = QZStrTokA(&position, delimiters)) tokens += std::string(token) + "|";
+  return tokens + (position == nullptr ? "end" : "open");
+}
+
 TEST(ByteString, TokWalksWithTheCallersPosition) {
-  char text[] = ",,a,b,";
+  // Leading and trailing delimiters, only delimiters, a token that runs to the end, an empty set.
+  EXPECT_EQ(Walk(",,a,b,", ","), "a|b|end");
+  EXPECT_EQ(Walk(",,,", ","), "end");
+  EXPECT_EQ(Walk(" one\ttwo", " \t"), "one|two|end");
+  EXPECT_EQ(Walk("a,b", ""), "a,b|end");
+  // The position stops behind the token's delimiter; an ended walk stays ended.
+  char text[] = ",,a,b";
   char* position = text;
   EXPECT_STREQ(QZStrTokA(&position, ","), "a");
   EXPECT_EQ(position, text + 4);
-  EXPECT_STREQ(QZStrTokA(&position, ","), "b");
+  QZStrTokA(&position, ",");
   EXPECT_EQ(QZStrTokA(&position, ","), nullptr);
   EXPECT_EQ(position, nullptr);
-  EXPECT_EQ(QZStrTokA(&position, ","), nullptr);
-  // Only delimiters: nothing, and the walk is over.
-  char commas[] = ",,,";
-  position = commas;
-  EXPECT_EQ(QZStrTokA(&position, ","), nullptr);
-  EXPECT_EQ(position, nullptr);
-  // A token that runs to the end ends the walk; an empty set makes the string one token.
-  char words[] = " one\ttwo";
-  position = words;
-  EXPECT_STREQ(QZStrTokA(&position, " \t"), "one");
-  EXPECT_STREQ(QZStrTokA(&position, " \t"), "two");
-  EXPECT_EQ(position, nullptr);
-  char whole[] = "a,b";
-  position = whole;
-  EXPECT_STREQ(QZStrTokA(&position, ""), "a,b");
   // Two walks at once do not disturb each other.
   char left[] = "1 2";
   char right[] = "x y";
@@ -168,19 +167,15 @@ TEST(WideString, EveryEntryReadsSurrogatesAsPlainUnits) {
   // The copies and appends, with the byte forms' edges.
   QZWCHAR buffer[8];
   std::fill(std::begin(buffer), std::end(buffer), u'#');
-  EXPECT_EQ(QZStrNCpyW(buffer, u"ab", 4), buffer);
-  EXPECT_EQ(std::u16string(buffer, 5), std::u16string(u"ab\0\0#", 5));
-  EXPECT_EQ(QZStrNZCpyW(buffer, 4, u"abcdef", 10), buffer);
-  EXPECT_EQ(std::u16string(buffer, 5), std::u16string(u"abc\0#", 5));
+  EXPECT_EQ(std::u16string(QZStrNCpyW(buffer, u"ab", 4), 5), u"ab\0\0#"s);
+  EXPECT_EQ(std::u16string(QZStrNZCpyW(buffer, 4, u"abcdef", 10), 5), u"abc\0#"s);
   buffer[3] = u'#';
   EXPECT_EQ(QZStrNZCatW(buffer, 4, u"z", 5), buffer + 3);  // full: gives up its last unit
-  EXPECT_EQ(std::u16string(buffer, 5), std::u16string(u"abc\0#", 5));
   EXPECT_EQ(QZStrNZCatW(buffer, 8, u"cde", 2), buffer + 3);
-  EXPECT_EQ(std::u16string(buffer, 7), std::u16string(u"abccd\0#", 7));
-  QZStrCpyW(buffer, u"ab");
+  EXPECT_EQ(std::u16string(buffer, 7), u"abccd\0#"s);
+  EXPECT_EQ(std::u16string(QZStrCpyW(buffer, u"ab")), u"ab");
   EXPECT_EQ(QZStrCatW(buffer, u"c"), buffer);
-  EXPECT_EQ(QZStrNCatW(buffer, u"defgh", 2), buffer);
-  EXPECT_EQ(std::u16string(buffer), u"abcde");
+  EXPECT_EQ(std::u16string(QZStrNCatW(buffer, u"defgh", 2)), u"abcde");
 }
 
 }  // namespace
