@@ -52,6 +52,7 @@ TEST(AddressInformation, SortsInterfaceAddressesAndSetsLoopbackOnesApart) {
 
   // ::1 is left out; the first fe80::1 of scope 1 heads the loopback list, a second one does not.
   EXPECT_EQ(Texts(interfaces), (Strings{"127.0.0.1", "10.1.2.3", "2001:db8::5", "fe80::1%2", "fe80::1%1"}));
+  // The rest comes from resolving "localhost", as many entries as the resolver gives.
   const Strings loop = Texts(loopback);
   ASSERT_GE(loop.size(), 2u);
   EXPECT_EQ(loop[0], "fe80::1%1");
@@ -124,8 +125,7 @@ TEST(AddressInformation, ProcessListsHoldTheSystemsInterfaceAddresses) {
   addrinfo* interfaces = nullptr;
   addrinfo* loopback = nullptr;
   ASSERT_EQ(QZGetMyAddressInformation(&interfaces, &loopback), 0);
-  const Strings all = Texts(interfaces);
-  for (const auto& text : all) EXPECT_NE(text, "::1");
+  for (const auto& text : Texts(interfaces)) EXPECT_NE(text, "::1");
   addrinfo* again = nullptr;
   addrinfo* loopAgain = nullptr;
   ASSERT_EQ(QZGetMyAddressInformation(&again, &loopAgain), 0);

@@ -11,7 +11,7 @@
 #include "qzcore/qzlocale.h"
 #include "support/test_support.h"
 #include "text/locale_names.h"
-#include "unicode_test_locale.h"
+#include "text_locale.h"
 
 namespace {
 
@@ -68,47 +68,43 @@ TEST(LocaleNames, LookupComparesTheWholeIdentifier) {
   }
 }
 
-TEST(LocaleNames, InvariantLocale) {
-  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
-  EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x007Fu);
+namespace {
+
+// One call of `get` on 16 units of 0xBEEF with the size `size`: the result, then what the buffer
+// holds, "#" for an untouched unit and "." for NUL.
+using Getter = QZRESULT (*)(QZWCHAR*, int32_t);
+std::string Got(Getter get, int32_t size) {
   QZWCHAR buf[16];
   std::fill(std::begin(buf), std::end(buf), 0xBEEF);
+  std::string shown = std::to_string(get(buf, size)) + ":";
+  for (QZWCHAR unit : buf) shown += unit == 0xBEEF ? '#' : unit == 0 ? '.' : static_cast<char>(unit);
+  return shown;
+}
+const std::string kTooSmall = std::to_string(QZ_E_BUFFER_TOO_SMALL) + ":" + std::string(16, '#');
+
+}  // namespace
+
+TEST(LocaleNames, InvariantLocaleAndBufferSizes) {
+  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
+  EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x007Fu);
   // "en_US_POSIX" is 11 units: a size of 11 leaves no room for the terminator.
-  EXPECT_EQ(QZGetDefaultLocale(buf, 11), QZ_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(QZGetDefaultLocale(buf, 0), QZ_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(buf[0], 0xBEEF);
-  ASSERT_EQ(QZGetDefaultLocale(buf, 12), 0);
-  EXPECT_EQ(Text(buf), "en_US_POSIX");
-  EXPECT_EQ(buf[12], 0xBEEF);
-
+  EXPECT_EQ(Got(QZGetDefaultLocale, 11), kTooSmall);
+  EXPECT_EQ(Got(QZGetDefaultLocale, 0), kTooSmall);
+  EXPECT_EQ(Got(QZGetDefaultLocale, 12), "0:en_US_POSIX.####");
   // UTF-8 is code page 65001, which just fills 8 units.
-  QZWCHAR enc[8];
-  std::fill(std::begin(enc), std::end(enc), 0xBEEF);
-  ASSERT_EQ(QZGetDefaultCharEncoding(enc, 8), 0);
-  EXPECT_EQ(Text(enc), "CP65001");
-  std::fill(std::begin(enc), std::end(enc), 0xBEEF);
-  EXPECT_EQ(QZGetDefaultCharEncoding(enc, 7), QZ_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(enc[0], 0xBEEF);
-
+  EXPECT_EQ(Got(QZGetDefaultCharEncoding, 8), "0:CP65001.########");
+  EXPECT_EQ(Got(QZGetDefaultCharEncoding, 7), kTooSmall);
   QZ_USE_LOCALE_OR_SKIP(plain, "C");
-  ASSERT_EQ(QZGetDefaultCharEncoding(enc, 8), 0);
-  EXPECT_EQ(Text(enc), "CP20127");
+  EXPECT_EQ(Got(QZGetDefaultCharEncoding, 8), "0:CP20127.########");
 }
 
-TEST(LocaleNames, GermanLocaleAndBufferSizes) {
+TEST(LocaleNames, GermanLocaleFillsTheRestWithNul) {
   QZ_USE_LOCALE_OR_SKIP(locale, "de_DE.UTF-8");
   EXPECT_EQ(qz::os::GetUserDefaultLCID(), 0x0407u);
-  QZWCHAR buf[10];
-  std::fill(std::begin(buf), std::end(buf), 0xBEEF);
-  // "de_DE" needs 6 units with its terminator.
-  EXPECT_EQ(QZGetDefaultLocale(buf, 5), QZ_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(buf[0], 0xBEEF);
-  EXPECT_EQ(QZGetDefaultLocale(buf, 6), 0);
-  EXPECT_EQ(Text(buf), "de_DE");
-  EXPECT_EQ(buf[6], 0xBEEF);
-  // The rest of the buffer is filled with NUL.
-  EXPECT_EQ(QZGetDefaultLocale(buf, 10), 0);
-  for (int i = 5; i < 10; ++i) EXPECT_EQ(buf[i], 0) << i;
+  // "de_DE" needs 6 units with its terminator; the rest of a larger buffer is filled with NUL.
+  EXPECT_EQ(Got(QZGetDefaultLocale, 5), kTooSmall);
+  EXPECT_EQ(Got(QZGetDefaultLocale, 6), "0:de_DE.##########");
+  EXPECT_EQ(Got(QZGetDefaultLocale, 10), "0:de_DE.....######");
 }
 
 TEST(LocaleNames, LocaleIdentifiersFromNames) {

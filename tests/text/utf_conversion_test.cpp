@@ -10,7 +10,9 @@
 #include "qzcore/qzunicode.h"
 #include "support/test_support.h"
 #include "text/ansi_string.h"
-#include "unicode_test_locale.h"
+#include "text_locale.h"
+
+using namespace std::string_literals;
 
 namespace {
 
@@ -117,31 +119,36 @@ TEST(UtfConversion, CapacityEdges) {
   EXPECT_EQ(length, 3);
 }
 
-TEST(UtfConversion, AnsiToUnicodeUnderUtf8) {
-  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
+namespace {
+
+// QZAnsiToUnicode into 8 units of 0xBEEF: the count, and the units with '#' for an untouched one.
+std::pair<size_t, std::u16string> ToWide(const char* source, size_t maximum) {
   QZWCHAR out[8];
   std::fill(std::begin(out), std::end(out), 0xBEEF);
-  // ASCII alone: the maximum runs out before the terminator, which is not stored.
-  EXPECT_EQ(QZAnsiToUnicode(out, "abcdef", 3), 3u);
-  EXPECT_EQ(out[3], 0xBEEF);
-  EXPECT_EQ(QZAnsiToUnicode(out, "ab", 8), 2u);
-  EXPECT_EQ(out[2], 0);
-  EXPECT_EQ(QZAnsiToUnicode(out, "abcdef", 0), 0u);
+  const size_t count = QZAnsiToUnicode(out, source, maximum);
+  std::u16string units(out, 8);
+  for (auto& unit : units) unit = unit == 0xBEEF ? u'#' : unit;
+  return {count, units};
+}
+using Wide = std::pair<size_t, std::u16string>;
 
+}  // namespace
+
+TEST(UtfConversion, AnsiToUnicodeUnderUtf8) {
+  QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
+  // ASCII alone: the maximum may run out before the terminator, which is then not stored.
+  EXPECT_EQ(ToWide("abcdef", 3), Wide(3, u"abc#####"));
+  EXPECT_EQ(ToWide("ab", 8), Wide(2, u"ab\0#####"s));
+  EXPECT_EQ(ToWide("abcdef", 0), Wide(0, u"########"));
   // Past ASCII the C library takes over; a supplementary character is a pair, never split.
   const char* text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";  // a, U+00E9, U+20AC, U+1F600
   EXPECT_EQ(QZAnsiToUnicode(nullptr, text, 0), 5u);
-  std::fill(std::begin(out), std::end(out), 0xBEEF);
-  EXPECT_EQ(QZAnsiToUnicode(out, text, 8), 5u);
-  EXPECT_EQ(std::u16string(out), u"a\u00E9\u20AC\U0001F600");
-  std::fill(std::begin(out), std::end(out), 0xBEEF);
-  EXPECT_EQ(QZAnsiToUnicode(out, text, 4), 3u);
-  EXPECT_EQ(out[3], 0xBEEF);
-
+  EXPECT_EQ(ToWide(text, 8), Wide(5, u"a\u00E9\u20AC\U0001F600\0##"s));
+  EXPECT_EQ(ToWide(text, 4), Wide(3, u"a\u00E9\u20AC#####"));
   // An invalid sequence: the count so far less one.
-  EXPECT_EQ(QZAnsiToUnicode(out, "ab\xFF", 8), 1u);
+  EXPECT_EQ(ToWide("ab\xFF", 8).first, 1u);
   EXPECT_EQ(QZAnsiToUnicode(nullptr, "ab\xFF", 0), 1u);
-  EXPECT_EQ(QZAnsiToUnicode(out, "\xFF", 8), static_cast<size_t>(-1));
+  EXPECT_EQ(ToWide("\xFF", 8).first, static_cast<size_t>(-1));
 
   char bytes[8];
   memset(bytes, '#', sizeof bytes);
@@ -177,17 +184,6 @@ TEST(UtfConversion, AnsiToUnicodeAsciiRunsAtAnyAlignmentAndBound) {
   }
 }
 
-TEST(UtfConversion, AnsiToUnicodeUnderTheCLocale) {
-  QZ_USE_LOCALE_OR_SKIP(locale, "C");
-  QZWCHAR out[8];
-  EXPECT_EQ(QZAnsiToUnicode(out, "plain", 8), 5u);
-  EXPECT_EQ(std::u16string(out), u"plain");
-  // The C locale knows no byte at 0x80 or above.
-  EXPECT_EQ(QZAnsiToUnicode(out, "\xE9", 8), static_cast<size_t>(-1));
-  char bytes[8];
-  EXPECT_EQ(QZUnicodeToAnsi(bytes, u"\u00E9", 8), static_cast<size_t>(-1));
-}
-
 TEST(AnsiString, ConvertsByTheLocaleCodeset) {
   {
     QZ_USE_LOCALE_OR_SKIP(locale, "C.UTF-8");
@@ -204,6 +200,11 @@ TEST(AnsiString, ConvertsByTheLocaleCodeset) {
   }
   {
     QZ_USE_LOCALE_OR_SKIP(locale, "C");
+    // The C locale knows no byte at 0x80 or above, neither here nor in the exports.
+    EXPECT_EQ(ToWide("plain", 8), Wide(5, u"plain\0##"s));
+    EXPECT_EQ(ToWide("\xE9", 8).first, static_cast<size_t>(-1));
+    char bytes[8];
+    EXPECT_EQ(QZUnicodeToAnsi(bytes, u"\u00E9", 8), static_cast<size_t>(-1));
     EXPECT_EQ(qz::text::AnsiToWideString("ok\xC3\xA9"), u"ok\uFFFD\uFFFD");
     EXPECT_EQ(qz::text::WideToAnsiString(u"ok\u00E9\U0001F600"), "ok??");
   }
