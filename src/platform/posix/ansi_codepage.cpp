@@ -143,21 +143,27 @@ int32_t Finish(int64_t produced, size_t unit) {
   return static_cast<int32_t>(produced / static_cast<int64_t>(unit));
 }
 
+// The checks both conversions start with: arguments the platform accepts (a source of at least one
+// unit; no output and size 0 to measure, or both), then a converter for the current codeset. On
+// failure the last error is set and kNoDescriptor comes back.
+iconv_t Prepare(bool haveText, int32_t length, bool haveOut, int32_t outSize, CachedIconv& cache) {
+  if (!haveText || length < 1 || outSize < 0 || !haveOut != (outSize == 0)) {
+    SetLastError(kErrorInvalidParameter);
+    return kNoDescriptor;
+  }
+  const iconv_t cd = cache.Get();
+  if (cd == kNoDescriptor) SetLastErrorFromErrno(EINVAL);
+  return cd;
+}
+
 bool IsLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
 bool IsTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
 
 }  // namespace
 
 int32_t MultiByteToWideChar(const char* text, int32_t length, char16_t* out, int32_t outSize) noexcept {
-  if (text == nullptr || length < 1 || outSize < 0 || (out == nullptr) != (outSize == 0)) {
-    SetLastError(kErrorInvalidParameter);
-    return 0;
-  }
-  const iconv_t cd = t_toWide.Get();
-  if (cd == kNoDescriptor) {
-    SetLastErrorFromErrno(EINVAL);
-    return 0;
-  }
+  const iconv_t cd = Prepare(text != nullptr, length, out != nullptr, outSize, t_toWide);
+  if (cd == kNoDescriptor) return 0;
   static const char16_t kFffd = 0xFFFD;
   const int64_t produced = Convert(cd, text, static_cast<size_t>(length), reinterpret_cast<char*>(out),
                                    static_cast<size_t>(outSize) * 2, [](const char*, size_t left, bool atEnd) {
@@ -168,15 +174,8 @@ int32_t MultiByteToWideChar(const char* text, int32_t length, char16_t* out, int
 }
 
 int32_t WideCharToMultiByte(const char16_t* text, int32_t length, char* out, int32_t outSize) noexcept {
-  if (text == nullptr || length < 1 || outSize < 0 || (out == nullptr) != (outSize == 0)) {
-    SetLastError(kErrorInvalidParameter);
-    return 0;
-  }
-  const iconv_t cd = t_toBytes.Get();
-  if (cd == kNoDescriptor) {
-    SetLastErrorFromErrno(EINVAL);
-    return 0;
-  }
+  const iconv_t cd = Prepare(text != nullptr, length, out != nullptr, outSize, t_toBytes);
+  if (cd == kNoDescriptor) return 0;
   const int64_t produced = Convert(cd, reinterpret_cast<const char*>(text), static_cast<size_t>(length) * 2, out,
                                    static_cast<size_t>(outSize), [](const char* at, size_t left, bool) {
                                      // "?" for one character: a whole pair, or a single unit.
