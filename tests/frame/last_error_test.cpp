@@ -8,8 +8,8 @@
 #include <string>
 
 #include "platform/last_error.h"
-#include "platform/posix/errno_map.h"
-#include "platform/posix/syslog_line.h"
+#include "platform/linux/errno_map.h"
+#include "platform/linux/syslog_line.h"
 #include "support/test_support.h"
 
 namespace {
