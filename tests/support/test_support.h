@@ -9,6 +9,19 @@
 
 namespace qztest {
 
+// True in a ThreadSanitizer build: cases that unlock what they do not hold on purpose step aside.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool kThreadSanitizer = true;
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+inline constexpr bool kThreadSanitizer = true;
+#else
+inline constexpr bool kThreadSanitizer = false;
+#endif
+#else
+inline constexpr bool kThreadSanitizer = false;
+#endif
+
 // Sets (or unsets, with null) an environment variable for a scope and restores it afterwards.
 class ScopedEnv {
  public:
