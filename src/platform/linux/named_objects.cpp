@@ -191,9 +191,11 @@ int TryOpen(const std::string& name, const std::string& path, const NamedObjectR
   const std::string shmName = "/" + name;
   const int access = (request.writable ? O_RDWR : O_RDONLY) | O_CLOEXEC;
   int fd = -1;
+  bool madeName = false;
   if (request.create) {
     fd = sys::shm_open(shmName.c_str(), access | O_CREAT | O_EXCL, 0666);
     if (fd >= 0) {
+      madeName = true;
       sys::fchmod(fd, 0666);  // whatever the umask took away
     } else if (errno == EEXIST) {
       fd = sys::shm_open(shmName.c_str(), access, 0);
@@ -205,14 +207,13 @@ int TryOpen(const std::string& name, const std::string& path, const NamedObjectR
   if (fd < 0) return FailAttempt(errno);
 
   bool alone = Flock(fd, LOCK_EX | LOCK_NB) == 0;
-  if (!alone && errno != EWOULDBLOCK) {
-    const int err = errno;
-    CloseOrDie(fd);
-    return FailAttempt(err);
-  }
-  if (alone && SomeoneOpening(fd)) alone = false;  // an initialiser between its locks: join it
-  if (!alone && Flock(fd, LOCK_SH) != 0) {
-    const int err = errno;
+  int err = alone || errno == EWOULDBLOCK ? 0 : errno;
+  // An initialiser between its exclusive and its shared lock has marked the object: join it.
+  if (err == 0 && alone && SomeoneOpening(fd)) alone = false;
+  if (err == 0 && !alone && Flock(fd, LOCK_SH) != 0) err = errno;
+  if (err != 0) {
+    // Not a holder: a name this attempt made goes again, unless someone holds it meanwhile.
+    if (madeName) RemoveIfLastHolder(fd, path);
     CloseOrDie(fd);
     return FailAttempt(err);
   }
@@ -234,18 +235,14 @@ int TryOpen(const std::string& name, const std::string& path, const NamedObjectR
                  (request.initialLength == 0 ||
                   sys::pwrite(fd, request.initial, request.initialLength, 0) ==
                       static_cast<ssize_t>(request.initialLength));
-    if (ready) ready = SetOpeningMark(fd, F_RDLCK);
-    if (!ready) {
-      const int err = errno;
-      sys::unlink(path.c_str());
-      CloseOrDie(fd);
-      return FailAttempt(err);
-    }
-    if (Flock(fd, LOCK_SH) != 0) {
-      std::fprintf(stderr, "QZCore: flock of a named object failed (errno %d)\n", errno);
-      std::abort();
-    }
+    ready = ready && SetOpeningMark(fd, F_RDLCK) && Flock(fd, LOCK_SH) == 0;
+    const int failure = errno;
     SetOpeningMark(fd, F_UNLCK);
+    if (!ready) {
+      RemoveIfLastHolder(fd, path);  // made for nobody: it goes again
+      CloseOrDie(fd);
+      return FailAttempt(failure);
+    }
   }
   out->handle = fd;
   out->created = alone;
