@@ -141,7 +141,14 @@
     (node, service, hints, list), ::getaddrinfo, QZ_FAIL_RESULT)                                    \
   X(freeaddrinfo, void, (struct addrinfo * list), (list), ::freeaddrinfo, QZ_FAIL_VOID)             \
   X(getifaddrs, int, (struct ifaddrs * *list), (list), ::getifaddrs, QZ_FAIL_ERRNO(-1))             \
-  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)
+  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)          \
+  X(clock_gettime, int, (clockid_t clock, struct timespec* time), (clock, time), ::clock_gettime,  \
+    QZ_FAIL_ERRNO(-1))                                                                              \
+  X(localtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),        \
+    ::localtime_r, QZ_FAIL_ERRNO(nullptr))                                                          \
+  X(gmtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),           \
+    ::gmtime_r, QZ_FAIL_ERRNO(nullptr))                                                             \
+  X(mktime, time_t, (struct tm * fields), (fields), ::mktime, QZ_FAIL_ERRNO(-1))
 
 namespace qz::os::sys {
 
