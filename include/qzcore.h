@@ -7,6 +7,8 @@
 #include "qzcore/qzmemory.h"
 #include "qzcore/qzmutex.h"
 #include "qzcore/qztime.h"
+#include "qzcore/qzfile.h"
+#include "qzcore/qzsysinfo.h"
 #include "qzcore/qzstring.h"
 #include "qzcore/qzunicode.h"
 #include "qzcore/qzlocale.h"
