@@ -5,6 +5,7 @@
 #include "qzcore/qzmutex.h"
 #include "sync/lock_stat_manager.h"
 #include "sync/mutex_lifecycle.h"
+#include "frame/export_frame.h"
 #include "frame/global_data.h"
 
 extern "C" {
@@ -29,6 +30,10 @@ QZ_API void* QZMutexGetOSMutex(QZMutexHandle mutex) { return MutexFromHandle(mut
 
 QZ_API QZRESULT QZGetLockStats(QZMutexHandle mutex, QZMutexStats* stats) {
   return MutexFromHandle(mutex)->GetStats(stats);
+}
+
+QZ_API QZRESULT QZDumpLockStats(const char* label, const QZWCHAR* path) {
+  return QZExportFrame([&] { return CQZGlobalData::m_lockStatManager->Dump(label, path); });
 }
 
 QZ_API QZRESULT QZResetLockStats(void) {
