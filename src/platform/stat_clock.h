@@ -6,7 +6,14 @@
 // have been called before the first StatClockTicks(). StatClockTicks() is monotonic for the whole
 // process and costs a few instructions where the processor has a usable counter; elsewhere it is
 // the monotonic system clock. Figures are converted with the frequency when they are read, so the
-// unit of a tick never reaches a caller. The bodies come from the platform folder, inline.
+// unit of a tick never reaches a caller.
 #pragma once
 
-#include "stat_clock_native.h"
+#include <cstdint>
+
+namespace qz::os {
+
+int64_t StatClockFrequency() noexcept;
+int64_t StatClockTicks() noexcept;
+
+}  // namespace qz::os

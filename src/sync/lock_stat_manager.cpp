@@ -8,7 +8,7 @@
 
 #include "platform/append_file.h"
 #include "sync/mutex_lifecycle.h"
-#include "system/time.h"
+#include "qzcore/qztime.h"
 
 namespace {
 
@@ -24,12 +24,13 @@ void WriteLine(qz::os::AppendFile& file, const std::string& line) {
   if (!file.Write(line + "\n")) throw CQZDumpFileFailure();
 }
 
-// The local time as "%m/%d/%Y %H:%M:%S"; *result receives the conversion's result.
+// The local time as "%m/%d/%Y %H:%M:%S", through the time family's exports; *result receives the
+// conversion's result.
 std::string Stamp(QZRESULT* result) {
   QZSystemTime now;
-  qz::core::TimeGetLocal(&now);
+  QZTimeGetLocal(&now);
   std::tm fields{};
-  *result = qz::core::TimeToTM(&now, &fields);
+  *result = QZTimeToTM(&now, &fields);
   char text[80];
   const size_t length = std::strftime(text, sizeof text, "%m/%d/%Y %H:%M:%S", &fields);
   return std::string(text, length);
@@ -58,7 +59,7 @@ std::string Row(int32_t kind, IMutex* mutex) {
 }  // namespace
 
 CQZLockStatManager::CQZLockStatManager() {
-  qz::core::MutexCreate("CQZLockStatManager::m_mutex", QZ_MUTEX_NOSTATS, &m_mutex);
+  QZMutexCreate("CQZLockStatManager::m_mutex", QZ_MUTEX_NOSTATS, &m_mutex);
 }
 
 CQZLockStatManager::~CQZLockStatManager() {
@@ -68,7 +69,7 @@ CQZLockStatManager::~CQZLockStatManager() {
     EraseEntry(first->first.first, mutex);
     qz::core::Release(mutex);
   }
-  if (qz::core::IsMutexHandle(m_mutex)) qz::core::MutexDestroy(m_mutex);
+  if (qz::core::IsMutexHandle(m_mutex)) QZMutexDestroy(m_mutex);
 }
 
 void CQZLockStatManager::SetEntry(int32_t kind, IMutex* mutex) noexcept {

@@ -16,7 +16,7 @@ AppendFile::~AppendFile() {
 
 bool AppendFile::Open(const char16_t* path) noexcept {
   try {
-    const std::string utf8 = Utf16ToUtf8(std::u16string_view(path, Utf16Length(path)));
+    const std::string utf8 = Utf16ToUtf8Replacing(std::u16string_view(path, Utf16Length(path)));
     const int fd = OpenCloexec(utf8.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0666);
     if (fd < 0) {
       SetLastErrorFromPathErrno(errno, utf8.c_str());

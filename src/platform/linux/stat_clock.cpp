@@ -1,8 +1,14 @@
-// stat_clock.cpp - choosing and calibrating the statistics clock, once per process.
+// stat_clock.cpp - the statistics clock on Linux: the invariant time-stamp counter on x86-64
+// (rdtsc, calibrated once against CLOCK_MONOTONIC), the virtual counter on aarch64 (cntvct_el0,
+// with its architectural frequency), and CLOCK_MONOTONIC nanoseconds elsewhere or where the x86
+// counter is not invariant.
 #include "platform/stat_clock.h"
+
+#include <atomic>
 
 #if defined(__x86_64__)
 #include <cpuid.h>
+#include <x86intrin.h>
 #endif
 
 #include "syscalls.h"
@@ -10,8 +16,10 @@
 namespace qz::os {
 namespace detail {
 
+// True once StatClockFrequency() chose the x86 time-stamp counter.
 std::atomic<bool> g_statClockUsesTsc{false};
 
+// CLOCK_MONOTONIC in nanoseconds.
 int64_t StatClockFallbackTicks() noexcept {
   struct timespec now {};
   if (sys::clock_gettime(CLOCK_MONOTONIC, &now) != 0) return 0;
@@ -75,6 +83,21 @@ int64_t ChooseSource() noexcept {
 }
 
 }  // namespace
+
+int64_t StatClockTicks() noexcept {
+#if defined(__x86_64__)
+  if (__builtin_expect(detail::g_statClockUsesTsc.load(std::memory_order_relaxed), 1)) {
+    return static_cast<int64_t>(__rdtsc());
+  }
+  return detail::StatClockFallbackTicks();
+#elif defined(__aarch64__)
+  uint64_t ticks;
+  asm volatile("isb\n\tmrs %0, cntvct_el0" : "=r"(ticks)::"memory");
+  return static_cast<int64_t>(ticks);
+#else
+  return detail::StatClockFallbackTicks();
+#endif
+}
 
 int64_t StatClockFrequency() noexcept {
   static const int64_t s_frequency = ChooseSource();  // once, thread-safe
