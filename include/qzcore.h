@@ -9,6 +9,7 @@
 #include "qzcore/qztime.h"
 #include "qzcore/qzfile.h"
 #include "qzcore/qzsysinfo.h"
+#include "qzcore/qzwaitable.h"
 #include "qzcore/qzstring.h"
 #include "qzcore/qzunicode.h"
 #include "qzcore/qzlocale.h"

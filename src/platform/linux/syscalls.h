@@ -156,7 +156,8 @@
   X(gettid, pid_t, (), (), ::gettid, QZ_FAIL_ERRNO(-1))                                             \
   X(sched_yield, int, (), (), ::sched_yield, QZ_FAIL_ERRNO(-1))                                     \
   X(raise, int, (int signal), (signal), ::raise, QZ_FAIL_ERRNO(-1))                                \
-  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))                                         \
+  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))                                 \
+  /* time and the zone */                                                                           \
   X(clock_gettime, int, (clockid_t clock, struct timespec* time), (clock, time), ::clock_gettime,  \
     QZ_FAIL_ERRNO(-1))                                                                              \
   X(localtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),        \
