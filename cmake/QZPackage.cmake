@@ -23,9 +23,10 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libw64qzcore5-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libw64qzcore5-${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS ON)
+# qzcore needs only this library and the C and C++ run-times, which the runtime package brings.
+set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DEV_DESCRIPTION
   "QZCore portable services library (development files)\nHeaders, the CMake package QZCore, the pkg-config file w64qzcore5.pc and the qzcore command.")
-# dpkg-shlibdeps finds the library that qzcore links in the staging tree of the runtime package.
+# A shlibs file, so packages built against this one get "libw64qzcore5-5 (>= 5.0.0)".
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 include(CPack)

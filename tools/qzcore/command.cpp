@@ -46,7 +46,7 @@ int Failure(const Command* command, const std::string& message) {
 }
 
 void PrintCommandHelp(const Command& command, const char* optionsHelp, FILE* to) {
-  std::fprintf(to, "Usage: qzcore %s%s%s\n%s\n\nOptions:\n%s  -h, --help  show this help and exit\n", command.name,
+  std::fprintf(to, "Usage: qzcore %s%s%s\n%s\n\nOptions:\n%s  -h, --help         show this help and exit\n", command.name,
                *command.synopsis != '\0' ? " " : "", command.synopsis, command.summary,
                optionsHelp != nullptr ? optionsHelp : "");
 }
