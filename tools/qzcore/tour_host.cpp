@@ -22,13 +22,13 @@ void Ask(const std::string& name) {
 void TourHost() {
   char name[1026];
   QZRESULT hr = QZGetHostNameA(name, sizeof name);
-  Show("QZGetHostNameA(buffer, 1026)", Hex(static_cast<uint32_t>(hr)) + " \"" + name + "\"");
-  Show("QZGetHostNameA(buffer, 1) (too small)", Hex(static_cast<uint32_t>(QZGetHostNameA(name, 1))));
+  Show("QZGetHostNameA(buffer, 1026)", qztool::Result(hr) + " \"" + name + "\"");
+  Show("QZGetHostNameA(buffer, 1) (too small)", qztool::Result(QZGetHostNameA(name, 1)));
 
   addrinfo* interfaces = nullptr;
   addrinfo* loopback = nullptr;
   hr = QZGetMyAddressInformation(&interfaces, &loopback);
-  Show("QZGetMyAddressInformation", Hex(static_cast<uint32_t>(hr)));
+  Show("QZGetMyAddressInformation(&interfaces, &loopback)", qztool::Result(hr) + ", lists " + qztool::Pointer(interfaces) + ", " + qztool::Pointer(loopback));
   Show("  interface addresses", AddressTexts(interfaces));
   Show("  addresses of localhost", AddressTexts(loopback));
   Show("QZCompareAddressInformation(loopback, loopback)", std::to_string(QZCompareAddressInformation(loopback, loopback)));
