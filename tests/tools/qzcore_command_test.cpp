@@ -85,3 +85,45 @@ TEST(QzcoreCommand, HostSaysWhyANameIsNotThisComputer) {
 }
 
 }  // namespace
+
+namespace {
+
+// Terminal columns of UTF-8 text as the tour's texts need it: a four-byte character (the emoji the
+// tour shows) takes two columns, every other character one.
+size_t Columns(const std::string& text) {
+  size_t columns = 0;
+  for (unsigned char c : text) {
+    if ((c & 0xC0) != 0x80) columns += c >= 0xF0 ? 2 : 1;
+  }
+  return columns;
+}
+
+TEST(QzcoreTour, ArrowsAlignByDisplayWidthAndResultsReadAsResults) {
+  const qztest::TempDir dir;
+  const auto run = RunTool("tour", dir.path());
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_NE(run.out.find("\nTour complete: "), std::string::npos);
+  size_t lines = 0, wide = 0;
+  for (size_t at = 0, end; at < run.out.size(); at = end + 1) {
+    end = run.out.find('\n', at);
+    if (end == std::string::npos) end = run.out.size();
+    const std::string line = run.out.substr(at, end - at);
+    const size_t arrow = line.find(" -> ");
+    if (line.rfind("  ", 0) != 0 || arrow == std::string::npos) continue;
+    ++lines;
+    const std::string call = line.substr(0, arrow);
+    if (call.size() != Columns(call)) ++wide;
+    // The call is padded to 54 columns (two of indent), unless it is longer.
+    if (Columns(call) > 54) continue;
+    EXPECT_EQ(Columns(call), 54u) << line;
+    // A failure code is shown by name with its value: "QZ_E_FAIL (0x80004005)".
+    for (size_t hex = line.find("0x8"); hex != std::string::npos; hex = line.find("0x8", hex + 1)) {
+      EXPECT_TRUE(hex > 0 && line[hex - 1] == '(') << line;
+    }
+  }
+  EXPECT_GT(lines, 50u);
+  EXPECT_GT(wide, 0u) << "no call with characters beyond ASCII: the width check saw nothing";
+  EXPECT_NE(run.out.find("sample alert"), std::string::npos);
+}
+
+}  // namespace
