@@ -107,6 +107,17 @@ TEST(LockStatsReport, OneBlockWithWindowsLineEndsHasNoChartAcrossBlocks) {
   EXPECT_NE(run.out.find("One block"), std::string::npos);
 }
 
+TEST(LockStatsReport, IdleMutexesGiveANoteInsteadOfBars) {
+  const qztest::TempDir dir;
+  Write(dir.File("idle.csv"), kHead + "QZ_MUTEX:0x10(idle),0,0,0,0,0,0,0\n" + kEnd);
+  const auto run = RunTool("lockstats report idle.csv -o -", dir.path());
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_EQ(CountOf(run.out, "nothing to show: every figure is 0"), 3u);
+  EXPECT_EQ(CountOf(run.out, "<rect class=\"bar\""), 0u);
+  EXPECT_EQ(CountOf(run.out, "</svg>"), 3u);
+  EXPECT_EQ(CountOf(run.out, "<tr class=\"mutex\">"), 1u);
+}
+
 TEST(LockStatsReport, BlockThatBrokeOffBeforeAnotherIsKeptAndMarked) {
   const qztest::TempDir dir;
   Write(dir.File("broken.csv"), kHead + kRow + kHead + kRow + kEnd);

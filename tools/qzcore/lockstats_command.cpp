@@ -118,15 +118,16 @@ std::string BarChart(const std::string& title, std::vector<Bar> bars) {
   std::stable_sort(bars.begin(), bars.end(), [](const Bar& a, const Bar& b) { return a.value > b.value; });
   if (bars.size() > kTopBars) bars.resize(kTopBars);
   const int labelWidth = 250, barWidth = 360, row = 22, top = 34;
-  const int height = top + static_cast<int>(bars.size()) * row + 10;
   double most = 0;
   for (const auto& b : bars) most = std::max(most, b.value);
+  const int height = top + static_cast<int>(most > 0 ? bars.size() : 1) * row + 10;
   std::ostringstream svg;
   svg << "<svg class=\"chart bars\" xmlns=\"http://www.w3.org/2000/svg\" width=\"900\" height=\"" << height
       << "\" viewBox=\"0 0 900 " << height << "\" role=\"img\" aria-label=\"" << Escape(title) << "\">\n"
       << "<text x=\"0\" y=\"18\" class=\"title\">" << Escape(title) << "</text>\n";
   if (bars.empty() || most <= 0) {
-    svg << "<text x=\"0\" y=\"" << top + 14 << "\" class=\"note\">nothing to show: every figure is 0</text>\n";
+    svg << "<text x=\"0\" y=\"" << top + 14 << "\" class=\"note\">nothing to show: every figure is 0</text>\n</svg>\n";
+    return svg.str();
   }
   for (size_t i = 0; i < bars.size(); ++i) {
     const int y = top + static_cast<int>(i) * row;
@@ -151,7 +152,7 @@ struct Series {
 // One line per mutex across the blocks.
 std::string LineChart(const std::string& title, size_t blocks, const std::vector<Series>& series,
                       std::string (*format)(double)) {
-  const int left = 80, right = 20, top = 34, plotHeight = 200, width = 760;
+  const int left = 80, right = 40, top = 34, plotHeight = 200, width = 760;
   const int plotWidth = width - left - right;
   const int legendTop = top + plotHeight + 34;
   const int height = legendTop + static_cast<int>(series.size()) * 18 + 6;
