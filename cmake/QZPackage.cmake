@@ -17,16 +17,16 @@ set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libw64qzcore5-${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-  "QZCore portable services library (run-time)\nThe shared library libw64qzcore5.so.5: memory, strings in four encodings, locks with statistics, host identity and an option parser.")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
+  "QZCore portable services library (run-time)\n The shared library libw64qzcore5.so.5: memory, strings in four encodings, locks with statistics, host identity and an option parser.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libw64qzcore5-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libw64qzcore5-${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
 # qzcore needs only this library and the C and C++ run-times, which the runtime package brings.
 set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_COMPONENT_DEV_DESCRIPTION
-  "QZCore portable services library (development files)\nHeaders, the CMake package QZCore, the pkg-config file w64qzcore5.pc and the qzcore command.")
+set(CPACK_DEBIAN_DEV_DESCRIPTION
+  "QZCore portable services library (development files)\n Headers, the CMake package QZCore, the pkg-config file w64qzcore5.pc and the qzcore command.")
 # A shlibs file, so packages built against this one get "libw64qzcore5-5 (>= 5.0.0)".
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 include(CPack)
