@@ -45,3 +45,21 @@ TEST(Abi, ExportsExactlyTheListedSymbols) {
   for (const auto& name : expected) EXPECT_TRUE(exported.count(name)) << "missing export: " << name;
   for (const auto& name : exported) EXPECT_TRUE(expected.count(name)) << "unlisted export: " << name;
 }
+
+// Programs record the SONAME, so it carries the major version and never the full one: a compatible
+// release must be able to replace the file under them.
+TEST(Abi, SharedObjectNamesItsMajorVersion) {
+  const std::string command = std::string("readelf -d ") + QZ_ABI_LIBRARY;
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string sonames;
+  char line[512];
+  while (fgets(line, sizeof line, pipe) != nullptr) {
+    const std::string text = line;
+    if (text.find("(SONAME)") != std::string::npos) sonames += text.substr(text.find('['));
+  }
+  pclose(pipe);
+  EXPECT_EQ(sonames, "[libw64qzcore5.so.5]\n");
+  EXPECT_EQ(std::filesystem::path(QZ_ABI_LIBRARY).filename().string().rfind("libw64qzcore5.so.5.", 0), 0u)
+      << "the file is named for the full version";
+}

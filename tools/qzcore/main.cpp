@@ -1,26 +1,18 @@
-// main.cpp - the qzcore command: `qzcore tour` walks through the library's families, `qzcore host
-// NAME` tells whether NAME is this computer. The command line is read with the library's own
-// option parser.
-#include <algorithm>
+// main.cpp - the qzcore command: reads the global options (--help, --version) and hands the rest to
+// the subcommand named first. Each subcommand lives in its own <name>_command.cpp (see command.h).
 #include <cstdio>
 #include <cstring>
 #include <string>
 
-#include "qzcore/qzgetopt.h"
-#include "qzcore/qzhost.h"
-#include "qzcore.h"
+#include "command.h"
 #include "tour.h"
+#include "qzcore/qzgetopt.h"
+
+#ifndef QZ_VERSION_TEXT
+#error "QZ_VERSION_TEXT comes from the build"
+#endif
 
 namespace qztool {
-
-std::vector<TourStep>& TourSteps() {
-  static std::vector<TourStep> steps;
-  return steps;
-}
-
-void Show(const std::string& call, const std::string& outcome) {
-  std::printf("  %-52s -> %s\n", call.c_str(), outcome.c_str());
-}
 
 std::vector<HiddenCommand>& HiddenCommands() {
   static std::vector<HiddenCommand> commands;
@@ -34,66 +26,72 @@ int RunHiddenCommand(int argc, char** argv) {
   return -1;
 }
 
-std::string Hex(unsigned long value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "0x%08lX", value);
-  return text;
-}
-
-std::string Utf8(const char16_t* text) {
-  const int64_t length = QZUTF16ToUTF8(nullptr, text, 0);
-  std::string out(static_cast<size_t>(length) + 1, '\0');
-  if (QZUTF16ToUTF8(out.data(), text, out.size()) != length) return "?";
-  out.resize(static_cast<size_t>(length));
-  return out;
-}
-
 namespace {
 
-int RunTour() {
-  auto steps = TourSteps();
-  std::sort(steps.begin(), steps.end(), [](const TourStep& a, const TourStep& b) { return a.order < b.order; });
-  std::printf("QZCore tour: each family at work\n");
-  for (const auto& step : steps) {
-    std::printf("\n== %s ==\n", step.title);
-    step.run();
-  }
-  std::printf("\nTour complete: %zu families.\n", steps.size());
-  return 0;
-}
-
-// Exit code 0 when NAME is this computer, 1 when it is not.
-int RunHost(const char* name) {
-  const bool mine = QZIsThisMyComputerA(name) != 0;
-  std::printf("%s: %s\n", name, mine ? "this computer" : "not this computer");
-  return mine ? 0 : 1;
-}
-
 void Usage(FILE* to) {
+  std::fprintf(to, "Usage: qzcore [--help | --version] COMMAND [ARGUMENTS]\n\nCommands:\n");
+  for (const auto& command : Commands()) {
+    std::string left = std::string(command.name) + (*command.synopsis != '\0' ? " " : "") + command.synopsis;
+    if (left.size() > 30) {
+      std::fprintf(to, "  %s\n  %-30s  %s\n", left.c_str(), "", command.summary);
+    } else {
+      std::fprintf(to, "  %-30s  %s\n", left.c_str(), command.summary);
+    }
+  }
   std::fprintf(to,
-               "usage: qzcore tour         walk through every family of the library\n"
-               "       qzcore host NAME    tell whether NAME (a host name or address) is this computer\n"
-               "       qzcore --help       show this text\n");
+               "\nOptions:\n"
+               "  -h, --help     show this help and exit\n"
+               "  -v, --version  print the library's version and exit\n"
+               "\n'qzcore help COMMAND' or 'qzcore COMMAND --help' shows one command's help.\n");
 }
+
+int Help(const Command& self, int argc, char** argv) {
+  Arguments args = ReadArguments(self, argc, argv, nullptr, nullptr, 0, 1);
+  if (args.exit >= 0) return args.exit;
+  if (args.operands.empty()) {
+    Usage(stdout);
+    return 0;
+  }
+  const Command* command = FindCommand(args.operands[0]);
+  if (command == nullptr) return UsageError(nullptr, "unknown command '" + args.operands[0] + "'");
+  // The command prints its own help, options included.
+  char name[64];
+  char help[] = "--help";
+  std::snprintf(name, sizeof name, "%s", command->name);
+  char* words[] = {name, help, nullptr};
+  return command->run(*command, 2, words);
+}
+
+QZ_COMMAND("help", "[COMMAND]", "show the usage, or one command's help", Help);
 
 }  // namespace
 }  // namespace qztool
 
 int main(int argc, char** argv) {
   if (const int hidden = qztool::RunHiddenCommand(argc, argv); hidden >= 0) return hidden;
-  static const QZLongOption options[] = {{"help", 0, 'h'}, {nullptr, 0, 0}};
-  for (int32_t option; (option = QZGetOption(argc, argv, options, nullptr)) != -1;) {
-    if (option == 'h') {
+  // Global options stand before the command; everything from the command on belongs to it.
+  int first = 1;
+  while (first < argc && argv[first][0] == '-' && std::strcmp(argv[first], "-") != 0) {
+    if (std::strcmp(argv[first++], "--") == 0) break;
+  }
+  int global = first;
+  if (global > 1 && std::strcmp(argv[global - 1], "--") == 0) --global;
+  enum { kHelp = 'h', kVersion = 'v' };
+  static const QZLongOption options[] = {{"help", 0, kHelp}, {"version", 0, kVersion}, {nullptr, 0, 0}};
+  QZGetOptionError = 0;
+  for (int32_t option; (option = QZGetOption(global, argv, options, nullptr)) != -1;) {
+    if (option == kHelp) {
       qztool::Usage(stdout);
       return 0;
     }
-    qztool::Usage(stderr);  // the parser has said what was wrong
-    return 2;
+    if (option == kVersion) {
+      std::printf("qzcore %s (libw64qzcore5 %s)\n", QZ_VERSION_TEXT, QZ_VERSION_TEXT);
+      return 0;
+    }
+    return qztool::UsageError(nullptr, std::string("unknown option '") + argv[QZGetOptionIndex - 1] + "'");
   }
-  const int operands = argc - QZGetOptionIndex;
-  const char* command = operands >= 1 ? argv[QZGetOptionIndex] : "";
-  if (operands == 1 && std::strcmp(command, "tour") == 0) return qztool::RunTour();
-  if (operands == 2 && std::strcmp(command, "host") == 0) return qztool::RunHost(argv[QZGetOptionIndex + 1]);
-  qztool::Usage(stderr);
-  return 2;
+  if (first >= argc) return qztool::UsageError(nullptr, "no command given");
+  const qztool::Command* command = qztool::FindCommand(argv[first]);
+  if (command == nullptr) return qztool::UsageError(nullptr, std::string("unknown command '") + argv[first] + "'");
+  return command->run(*command, argc - first, argv + first);
 }

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tool_text.h"
+
 namespace qztool {
 
 struct TourStep {
@@ -18,12 +20,11 @@ struct TourRegistration {
   explicit TourRegistration(TourStep step) { TourSteps().push_back(step); }
 };
 
-// Prints one line of the tour: what was called, and what it gave.
+// Prints one line of the tour: what was called, and what it gave; the arrows line up whatever
+// characters the call holds.
 void Show(const std::string& call, const std::string& outcome);
-// "0x80004005"-style text of a result code.
-std::string Hex(unsigned long value);
-// UTF-8 text of NUL-terminated 16-bit text, through the library's own conversion ("?" if invalid).
-std::string Utf8(const char16_t* text);
+// A pointer as a pointer: "NULL", or its address in hex.
+std::string Pointer(const void* address);
 
 }  // namespace qztool
 

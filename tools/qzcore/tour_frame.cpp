@@ -29,7 +29,7 @@ std::string Slurp(const std::string& path) {
 
 void TourResults() {
   for (uint32_t native : {0u, 2u, 3u, 5u, 87u, 183u, 258u}) {
-    Show("QZResultFromNative(" + std::to_string(native) + ")", Hex(static_cast<uint32_t>(QZResultFromNative(native))));
+    Show("QZResultFromNative(" + std::to_string(native) + ")", qztool::Result(QZResultFromNative(native)));
   }
 }
 
@@ -40,7 +40,7 @@ void TourAlerts() {
   setenv("QZCORE_DEBUG_OUTPUT", debug.c_str(), 1);
   QZErrorAlert(0, u"Tour", u"stored method is 0: nothing happens");
   Show("QZErrorAlert(0, ...) with no stored method", "nothing shown");
-  QZErrorAlert(QZ_ALERT_EVENT_LOG, u"Tour", u"disk %ls is %d%% full", u"/var", 97);
+  QZErrorAlert(QZ_ALERT_EVENT_LOG, u"Tour", u"sample alert %d of %ls (no action needed)", 1, u"the tour");
   Show("QZErrorAlert(QZ_ALERT_EVENT_LOG, \"Tour\", ...)", "event entry: " + Slurp(events));
   QZTrace(u"opened %hs in %d ms", "qzregistry.ini", 12);
   Show("QZTrace(\"opened %hs in %d ms\", ...)", "debugger text: " + Slurp(debug));
@@ -51,10 +51,11 @@ void TourAlerts() {
 void TourMemory() {
   void* block = nullptr;
   QZRESULT hr = QZMalloc(16, &block);
-  Show("QZMalloc(16)", Hex(static_cast<uint32_t>(hr)) + ", usable size " + std::to_string(QZMallocSize(block)));
+  Show("QZMalloc(16, &block)", qztool::Result(hr) + ", block " + qztool::Pointer(block) + ", usable size " +
+                                  std::to_string(QZMallocSize(block)));
   static_cast<unsigned char*>(block)[0] = 0xAB;
   hr = QZRecalloc(&block, 4096);
-  Show("QZRecalloc(block, 4096)", Hex(static_cast<uint32_t>(hr)) + ", first byte kept: " +
+  Show("QZRecalloc(&block, 4096)", qztool::Result(hr) + ", block " + qztool::Pointer(block) + ", first byte kept: " +
                                       Hex(static_cast<unsigned char*>(block)[0]) + ", byte 4095: " +
                                       std::to_string(static_cast<unsigned char*>(block)[4095]));
   QZFree(block);

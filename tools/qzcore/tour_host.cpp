@@ -1,6 +1,5 @@
 // tour_host.cpp - tour step: the host name, this host's address lists, and the this-computer test
 // for the host name, numeric loopback addresses and an interface address.
-#include <arpa/inet.h>
 #include <netdb.h>
 
 #include <string>
@@ -13,21 +12,8 @@ namespace {
 using qztool::Hex;
 using qztool::Show;
 
-std::string Text(const addrinfo* record) {
-  char text[INET6_ADDRSTRLEN] = "?";
-  if (record->ai_family == AF_INET) {
-    inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(record->ai_addr)->sin_addr, text, sizeof text);
-  } else if (record->ai_family == AF_INET6) {
-    inet_ntop(AF_INET6, &reinterpret_cast<const sockaddr_in6*>(record->ai_addr)->sin6_addr, text, sizeof text);
-  }
-  return text;
-}
-
-std::string Texts(const addrinfo* list) {
-  std::string all;
-  for (const addrinfo* r = list; r != nullptr; r = r->ai_next) all += (all.empty() ? "" : ", ") + Text(r);
-  return all.empty() ? "(empty)" : all;
-}
+using qztool::AddressText;
+using qztool::AddressTexts;
 
 void Ask(const std::string& name) {
   Show("QZIsThisMyComputerA(\"" + name + "\")", std::to_string(QZIsThisMyComputerA(name.c_str())));
@@ -36,15 +22,15 @@ void Ask(const std::string& name) {
 void TourHost() {
   char name[1026];
   QZRESULT hr = QZGetHostNameA(name, sizeof name);
-  Show("QZGetHostNameA(buffer, 1026)", Hex(static_cast<uint32_t>(hr)) + " \"" + name + "\"");
-  Show("QZGetHostNameA(buffer, 1) (too small)", Hex(static_cast<uint32_t>(QZGetHostNameA(name, 1))));
+  Show("QZGetHostNameA(buffer, 1026)", qztool::Result(hr) + " \"" + name + "\"");
+  Show("QZGetHostNameA(buffer, 1) (too small)", qztool::Result(QZGetHostNameA(name, 1)));
 
   addrinfo* interfaces = nullptr;
   addrinfo* loopback = nullptr;
   hr = QZGetMyAddressInformation(&interfaces, &loopback);
-  Show("QZGetMyAddressInformation", Hex(static_cast<uint32_t>(hr)));
-  Show("  interface addresses", Texts(interfaces));
-  Show("  addresses of localhost", Texts(loopback));
+  Show("QZGetMyAddressInformation(&interfaces, &loopback)", qztool::Result(hr) + ", lists " + qztool::Pointer(interfaces) + ", " + qztool::Pointer(loopback));
+  Show("  interface addresses", AddressTexts(interfaces));
+  Show("  addresses of localhost", AddressTexts(loopback));
   Show("QZCompareAddressInformation(loopback, loopback)", std::to_string(QZCompareAddressInformation(loopback, loopback)));
 
   std::string host = name;
@@ -54,8 +40,8 @@ void TourHost() {
   Ask("127.0.0.1");
   Ask("::1");
   for (const addrinfo* r = interfaces; r != nullptr; r = r->ai_next) {
-    if (Text(r) != "127.0.0.1") {
-      Ask(Text(r));  // an interface's own address, first met here: resolved, then kept
+    if (AddressText(r) != "127.0.0.1") {
+      Ask(AddressText(r));  // an interface's own address, first met here: resolved, then kept
       break;
     }
   }

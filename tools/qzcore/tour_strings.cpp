@@ -49,7 +49,7 @@ void TourCopies() {
   char* position = list;
   std::string tokens;
   while (char* token = QZStrTokA(&position, ",")) tokens += Quote(token) + " ";
-  Show("QZStrTokA over \",,alpha,,beta,gamma,\"", tokens + "then position " + (position ? "set" : "NULL"));
+  Show("QZStrTokA over \",,alpha,,beta,gamma,\"", tokens + "then position " + qztool::Pointer(position));
 }
 
 void TourNumbers() {

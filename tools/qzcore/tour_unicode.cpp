@@ -17,7 +17,7 @@ using qztool::Utf8;
 using qztool::Hex;
 using qztool::Show;
 
-std::string Code(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
+std::string Code(QZRESULT hr) { return qztool::Result(hr); }
 
 
 void TourStrings() {
@@ -43,7 +43,7 @@ void TourConversions() {
   QZWCHAR wide[8];
   Show("QZUTF8ToUTF16(NULL, \"gr\\u00FC\\u00DF\", 0)", std::to_string(QZUTF8ToUTF16(nullptr, "gr\xC3\xBC\xC3\x9F", 0)) + " units needed");
   Show("QZUTF8ToUTF16(buf, \"\\xFF\", 50)", std::to_string(QZUTF8ToUTF16(wide, "\xFF", 50)) + " (invalid: the capacity)");
-  Show("QZUTF8ToUTF16N(buf, 8, &len, \"\\xFF\", -1)", QZUTF8ToUTF16N(wide, 8, nullptr, "\xFF", -1) == nullptr ? "NULL" : "buf");
+  Show("QZUTF8ToUTF16N(buf, 8, NULL, \"\\xFF\", -1)", qztool::Pointer(QZUTF8ToUTF16N(wide, 8, nullptr, "\xFF", -1)));
   char bytes[8];
   Show("QZUTF16ToUTF8(buf, \"abc\", 3)", std::to_string(QZUTF16ToUTF8(bytes, u"abc", 3)) + " (exact fit, no terminator)");
   Show("QZUTF16ToUTF8(buf, \"abc\", 2)", std::to_string(QZUTF16ToUTF8(bytes, u"abc", 2)) + " (cut: the full length)");
@@ -64,7 +64,7 @@ void TourLocale() {
 void TourTextFile() {
   const std::string path = "/tmp/qzcore-tour-utf16-" + std::to_string(getpid()) + ".txt";
   QZTextFileHandle file = QZFileOpenUTF16(path.c_str(), "wb");
-  Show("QZFileOpenUTF16(path, \"wb\")", file != nullptr ? "handle" : "NULL");
+  Show("QZFileOpenUTF16(path, \"wb\")", "handle " + qztool::Pointer(file));
   if (file == nullptr) return;
   Show("QZFileWriteLineUTF16(\"Gr\\u00FC\\u00DFe\")", std::to_string(QZFileWriteLineUTF16(u"Gr\u00FC\u00DFe", file)) + " units");
   Show("QZFileWriteLineUTF16(\"\\U0001F600\")", std::to_string(QZFileWriteLineUTF16(u"\U0001F600", file)) + " units");
