@@ -11,6 +11,7 @@
 #include "qzcore/qzlocale.h"
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
+#include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
 
 #endif /* QZCORE_H */

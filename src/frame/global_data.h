@@ -9,6 +9,7 @@
 
 #include "frame/ref_counted.h"
 #include "qzcore/qztypes.h"
+#include "thread/process_manager.h"
 
 struct IMalloc;
 class IMutexProvider;
@@ -31,6 +32,8 @@ class CQZClientData : public CQZCoreRefCounted {
  public:
   CQZClientData();
   ~CQZClientData() override;
+
+  CQZProcessManager m_processManager;  // child processes; built first of the managers
 };
 
 extern int32_t g_initCount;        // starts not yet matched by a stop
