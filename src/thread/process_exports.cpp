@@ -7,6 +7,7 @@
 #include "platform/process_info.h"
 #include "platform/process_spawn.h"
 #include "qzcore/qzprocess.h"
+#include "start/client_data.h"
 #include "thread/process_manager.h"
 
 namespace {

@@ -10,6 +10,7 @@
 #include "platform/last_error.h"
 #include "platform/native_error.h"
 #include "platform/utf8.h"
+#include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 #include "thread/process_command_line.h"
 #include "thread/process_environment.h"
@@ -62,11 +63,11 @@ std::vector<const char*> Pointers(const std::vector<std::string>& strings) {
 }  // namespace
 
 CQZProcessManager::CQZProcessManager() noexcept {
-  qz::core::MutexCreate("CQZProcessManager::m_setMutex", 0, &m_setMutex);
+  QZMutexCreate("CQZProcessManager::m_setMutex", 0, &m_setMutex);  // the result is not looked at
 }
 
 CQZProcessManager::~CQZProcessManager() {
-  if (qz::core::IsMutexHandle(m_setMutex)) qz::core::MutexDestroy(m_setMutex);
+  if (qz::core::IsMutexHandle(m_setMutex)) QZMutexDestroy(m_setMutex);
 }
 
 QZProcessHandle CQZProcessManager::Create(const char16_t* program, const char16_t* arguments,

@@ -13,6 +13,7 @@
 #include "frame/global_data.h"
 #include "platform/system_calls.h"
 #include "qzcore/qzprocess.h"
+#include "start/client_data.h"
 #include "thread/process_child.h"
 #include "thread/process_manager.h"
 
