@@ -19,9 +19,6 @@ inline constexpr uint32_t kProcessStillActive = 259;
 // A new anonymous pipe; neither end is inherited by a child unless it is handed over as a stream.
 bool CreatePipe(intptr_t* readEnd, intptr_t* writeEnd) noexcept;
 
-// Closes a pipe end (or any handle of the file kind).
-bool CloseFileHandle(intptr_t handle) noexcept;
-
 // What to start. `program` is a path (UTF-8); `argv` and `environment` are null-terminated arrays
 // of UTF-8 strings, `environment` null to inherit the caller's; `workingDirectory` null for the
 // caller's; `streams` null for the caller's three standard streams, else the three handles the

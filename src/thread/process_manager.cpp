@@ -10,6 +10,7 @@
 #include "platform/last_error.h"
 #include "platform/native_error.h"
 #include "platform/utf8.h"
+#include "qzcore/qzfile.h"
 #include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 #include "thread/process_command_line.h"
@@ -43,7 +44,7 @@ class CQZPipeRecord {
 
  private:
   static void CloseEnd(QZFileHandle end) noexcept {
-    if (end != -1) qz::os::CloseFileHandle(end);
+    if (end != -1) QZFileClose(end);
   }
 
   std::vector<QZFileHandle> m_parentEnds;  // the ends the caller keeps

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "qzcore/qzfile.h"
 #include "qzcore/qzprocess.h"
 #include "support/test_support.h"
 #include "thread/process_child.h"
@@ -40,7 +41,7 @@ ChildRun RunReporter(const std::string& program, const char16_t* arguments, cons
   run.result = QZProcessCreate(Wide(program).c_str(), arguments, directory != nullptr ? wideDirectory.c_str() : nullptr,
                                environment != nullptr ? array.data() : nullptr, 0, streams, &process);
   if (run.result != 0) return run;
-  close(static_cast<int>(streams[0]));
+  QZFileClose(streams[0]);
   const std::string out = qztest::ReadToEnd(streams[1]);
   qztest::ReadToEnd(streams[2]);
   EXPECT_EQ(QZProcessJoin(process, &run.exitCode), 0);
@@ -156,7 +157,7 @@ TEST(ProcessCreate, PipesCarryAllThreeStreams) {
   EXPECT_EQ(fcntl(static_cast<int>(streams[0]), F_GETFL) & O_ACCMODE, O_WRONLY);
   EXPECT_EQ(fcntl(static_cast<int>(streams[1]), F_GETFL) & O_ACCMODE, O_RDONLY);
   qztest::WriteAll(streams[0], "hello through a pipe");
-  close(static_cast<int>(streams[0]));
+  QZFileClose(streams[0]);
   const std::string out = qztest::ReadToEnd(streams[1]);
   const std::string err = qztest::ReadToEnd(streams[2]);
   EXPECT_TRUE(out.ends_with("hello through a pipe")) << out;
@@ -195,7 +196,7 @@ TEST(ProcessCreate, CallerDescriptorsBecomeTheChildsStreams) {
   ASSERT_EQ(QZProcessCreate(program.c_str(), nullptr, nullptr, array.data(), 0, streams, &process), 0);
   close(both[1]);
   qztest::WriteAll(streams[0], "in");
-  close(static_cast<int>(streams[0]));
+  QZFileClose(streams[0]);
   EXPECT_TRUE(qztest::ReadToEnd(both[0]).ends_with("inerr"));
   EXPECT_EQ(QZProcessJoin(process, nullptr), 0);
 
@@ -217,7 +218,7 @@ TEST(ProcessCreate, CallerDescriptorsBecomeTheChildsStreams) {
   close(out[1]);
   close(errs[1]);
   ASSERT_EQ(created, 0);
-  close(static_cast<int>(swapped[0]));
+  QZFileClose(swapped[0]);
   EXPECT_EQ(swapped[1], 2);
   EXPECT_EQ(qztest::ReadToEnd(out[0]), "err");                // the child's error
   EXPECT_TRUE(qztest::ReadToEnd(errs[0]).find("Role") != std::string::npos);  // its output
@@ -241,7 +242,7 @@ TEST(ProcessCreate, ChildInheritsOnlyItsStreams) {
   EXPECT_EQ(run.report.descriptors, (std::vector<int>{0, 1, 2}));
 
   close(inheritable);
-  close(static_cast<int>(sibling[0]));
+  QZFileClose(sibling[0]);
   qztest::ReadToEnd(sibling[1]);
   qztest::ReadToEnd(sibling[2]);
   EXPECT_EQ(QZProcessJoin(siblingProcess, nullptr), 0);

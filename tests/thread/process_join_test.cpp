@@ -18,6 +18,7 @@
 #include <string>
 #include <thread>
 
+#include "qzcore/qzfile.h"
 #include "qzcore/qzprocess.h"
 #include "support/test_support.h"
 #include "thread/process_child.h"
@@ -75,7 +76,7 @@ TEST(ProcessJoin, ReadingTheExitCodePollsAndClosesTheHandle) {
   uint32_t code = 1234;
   EXPECT_EQ(QZProcessGetExitCode(process, &code), QZ_E_FAIL);  // still running: the handle stays
   EXPECT_EQ(QZProcessGetExitCode(process, &code), QZ_E_FAIL);
-  close(static_cast<int>(input));
+  QZFileClose(input);
   AwaitEnd(process);
   EXPECT_EQ(QZProcessGetExitCode(process, &code), 0);
   EXPECT_EQ(code, 5u);
@@ -105,7 +106,7 @@ TEST(ProcessJoin, JoinsInEveryOrder) {
     std::array<QZProcessHandle, 3> children;
     for (int i = 0; i < 3; ++i) children[i] = Shell("read line; exit " + std::to_string(10 + i), &inputs[i]);
     for (int i : order) {
-      close(static_cast<int>(inputs[i]));
+      QZFileClose(inputs[i]);
       QZProcessHandle ended = -1;
       uint32_t code = 0;
       ASSERT_EQ(QZProcessJoinChild(&ended, &code), 0);
@@ -116,7 +117,7 @@ TEST(ProcessJoin, JoinsInEveryOrder) {
     EXPECT_EQ(QZProcessJoinChild(&none, nullptr), QZ_E_FAIL);
 
     for (int i = 0; i < 3; ++i) children[i] = Shell("read line; exit " + std::to_string(20 + i), &inputs[i]);
-    for (int i = 0; i < 3; ++i) close(static_cast<int>(inputs[i]));
+    for (int i = 0; i < 3; ++i) QZFileClose(inputs[i]);
     for (int i : order) {
       uint32_t code = 0;
       EXPECT_EQ(QZProcessJoin(children[i], &code), 0);
@@ -154,7 +155,7 @@ TEST(ProcessJoin, JoinOfAnyChildTakesTheLowestHandleAmongEnded) {
     ASSERT_EQ(QZProcessJoinChild(&process, nullptr), 0);
     EXPECT_EQ(process, expected);
   }
-  close(static_cast<int>(input));
+  QZFileClose(input);
   QZProcessHandle last = -1;
   EXPECT_EQ(QZProcessJoinChild(&last, nullptr), 0);
   EXPECT_EQ(last, running);
@@ -182,7 +183,7 @@ TEST(ProcessJoin, CreationWaitsForAJoinOfAnyChild) {
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_FALSE(created.load());  // held behind the wait
-  close(static_cast<int>(input));
+  QZFileClose(input);
   joiner.join();
   creator.join();
   EXPECT_EQ(joined, blocker);
@@ -245,7 +246,7 @@ TEST(ProcessJoin, DetachedChildLeavesNoZombie) {
   ASSERT_EQ(QZProcessDetach(process), 0);
   QZProcessHandle none;
   EXPECT_EQ(QZProcessJoinChild(&none, nullptr), QZ_E_FAIL);  // out of the set
-  close(static_cast<int>(input));
+  QZFileClose(input);
   const std::string stat = "/proc/" + std::to_string(pid) + "/stat";
   auto state = [&] {
     const std::string text = qztest::ReadFile(stat);

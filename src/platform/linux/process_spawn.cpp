@@ -171,19 +171,6 @@ bool CreatePipe(intptr_t* readEnd, intptr_t* writeEnd) noexcept {
   return true;
 }
 
-bool CloseFileHandle(intptr_t handle) noexcept {
-  // Linux releases the descriptor even when close reports EINTR: never retry.
-  if (handle < 0 || handle > INT_MAX) {
-    SetLastError(kErrorInvalidHandle);
-    return false;
-  }
-  if (sys::close(static_cast<int>(handle)) != 0 && errno != EINTR) {
-    SetLastErrorFromErrno(errno);
-    return false;
-  }
-  return true;
-}
-
 bool StartProcess(const ProcessStart& start, intptr_t* process) {
   ReapDetached();
   if (start.program == nullptr) {
