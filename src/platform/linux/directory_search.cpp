@@ -15,6 +15,7 @@
 #include "platform/file_system.h"
 #include "platform/last_error.h"
 #include "platform/native_error.h"
+#include "platform/time_zone.h"
 #include "platform/utf8.h"
 
 namespace qz::os {
@@ -195,12 +196,14 @@ void FindClose(FindHandle find) noexcept {
 }
 
 bool FileTimeToLocalFileTime(uint64_t utc, uint64_t* local) noexcept {
+  // The zone's offset now, with the zone read afresh, as the time family reads it.
   struct timespec now;
-  struct tm fields;
-  if (sys::clock_gettime(CLOCK_REALTIME, &now) != 0 || sys::localtime_r(&now.tv_sec, &fields) == nullptr) {
+  if (sys::clock_gettime(CLOCK_REALTIME, &now) != 0) {
     SetLastErrorFromErrno(errno);
     return false;
   }
+  std::tm fields{};
+  if (!LocalTime64(now.tv_sec, &fields)) return false;
   const int64_t shift = static_cast<int64_t>(fields.tm_gmtoff) * kTicksPerSecond;
   if (utc > static_cast<uint64_t>(INT64_MAX) || (shift < 0 && static_cast<int64_t>(utc) < -shift) ||
       (shift > 0 && static_cast<int64_t>(utc) > INT64_MAX - shift)) {
