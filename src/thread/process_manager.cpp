@@ -98,20 +98,20 @@ QZProcessHandle CQZProcessManager::Create(const char16_t* program, const char16_
     qz::core::ThrowLastError();
   }
 
-  const std::string path = qz::os::Utf16ToUtf8(program);
+  const std::string path = qz::os::Utf16ToUtf8Replacing(program);
   const std::vector<std::string> words =
-      qz::core::SplitCommandLine(qz::os::Utf16ToUtf8(qz::core::BuildCommandLine(program, arguments)));
+      qz::core::SplitCommandLine(qz::os::Utf16ToUtf8Replacing(qz::core::BuildCommandLine(program, arguments)));
   const std::vector<const char*> argv = Pointers(words);
   std::vector<std::string> environmentStrings;
   std::vector<const char*> environmentPointers;
   if (environment != nullptr) {
     for (const auto& entry : qz::core::SortedEnvironment(environment)) {
-      environmentStrings.push_back(qz::os::Utf16ToUtf8(entry));
+      environmentStrings.push_back(qz::os::Utf16ToUtf8Replacing(entry));
     }
     environmentPointers = Pointers(environmentStrings);
   }
   std::string directory;
-  if (workingDirectory != nullptr) directory = qz::os::Utf16ToUtf8(workingDirectory);
+  if (workingDirectory != nullptr) directory = qz::os::Utf16ToUtf8Replacing(workingDirectory);
 
   qz::os::ProcessStart start;
   start.program = path.c_str();
