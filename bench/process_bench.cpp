@@ -26,7 +26,8 @@ void BM_PosixSpawnWaitpid(benchmark::State& state) {
   char* argv[] = {program, nullptr};
   for (auto _ : state) {
     pid_t pid;
-    if (posix_spawn(&pid, program, nullptr, nullptr, argv, environ) != 0) state.SkipWithError("posix_spawn");
+    if (posix_spawn(&pid, program, nullptr, nullptr, argv, environ) != 0)
+      state.SkipWithError("posix_spawn");
     int status;
     waitpid(pid, &status, 0);
   }
@@ -58,7 +59,8 @@ void BM_PosixSpawnPipesWaitpid(benchmark::State& state) {
     posix_spawn_file_actions_adddup2(&actions, pipes[1][1], 1);
     posix_spawn_file_actions_adddup2(&actions, pipes[2][1], 2);
     pid_t pid;
-    if (posix_spawn(&pid, program, &actions, nullptr, argv, environ) != 0) state.SkipWithError("posix_spawn");
+    if (posix_spawn(&pid, program, &actions, nullptr, argv, environ) != 0)
+      state.SkipWithError("posix_spawn");
     posix_spawn_file_actions_destroy(&actions);
     for (auto& p : pipes) {
       close(p[0]);

@@ -28,8 +28,10 @@ std::vector<std::string> SplitCommandLine(std::string_view line) {
   std::string word;
   bool quoted = false;
   for (; at < end && (quoted || !IsBlank(line[at])); ++at) {
-    if (line[at] == '"') quoted = !quoted;
-    else word += line[at];
+    if (line[at] == '"')
+      quoted = !quoted;
+    else
+      word += line[at];
   }
   words.push_back(std::move(word));
 

@@ -18,9 +18,9 @@ CQZProcessManager& Processes() noexcept { return CQZGlobalData::m_clientData->m_
 
 extern "C" {
 
-QZ_API QZRESULT QZProcessCreate(const QZWCHAR* program, const QZWCHAR* arguments, const QZWCHAR* workingDirectory,
-                                const QZWCHAR* const* environment, uint32_t reserved, QZFileHandle* streams,
-                                QZProcessHandle* result) {
+QZ_API QZRESULT QZProcessCreate(const QZWCHAR* program, const QZWCHAR* arguments,
+                                const QZWCHAR* workingDirectory, const QZWCHAR* const* environment,
+                                uint32_t reserved, QZFileHandle* streams, QZProcessHandle* result) {
   qz::core::StoreInvalidHandle(result);
   return QZExportFrame([&] {
     *result = Processes().Create(program, arguments, workingDirectory, environment, streams);

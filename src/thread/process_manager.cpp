@@ -72,7 +72,8 @@ CQZProcessManager::~CQZProcessManager() {
 }
 
 QZProcessHandle CQZProcessManager::Create(const char16_t* program, const char16_t* arguments,
-                                          const char16_t* workingDirectory, const char16_t* const* environment,
+                                          const char16_t* workingDirectory,
+                                          const char16_t* const* environment,
                                           QZFileHandle* streams) {
   CQZPipeRecord pipes;
   intptr_t childStreams[3] = {-1, -1, -1};
@@ -99,8 +100,8 @@ QZProcessHandle CQZProcessManager::Create(const char16_t* program, const char16_
   }
 
   const std::string path = qz::os::Utf16ToUtf8Replacing(program);
-  const std::vector<std::string> words =
-      qz::core::SplitCommandLine(qz::os::Utf16ToUtf8Replacing(qz::core::BuildCommandLine(program, arguments)));
+  const std::vector<std::string> words = qz::core::SplitCommandLine(
+      qz::os::Utf16ToUtf8Replacing(qz::core::BuildCommandLine(program, arguments)));
   const std::vector<const char*> argv = Pointers(words);
   std::vector<std::string> environmentStrings;
   std::vector<const char*> environmentPointers;

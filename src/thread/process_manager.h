@@ -23,8 +23,9 @@ class CQZProcessManager {
 
   // Starts a child (see QZProcessCreate), enters it in the set and returns its handle. `streams`
   // (null or three entries) is rewritten where it asked for pipes. Throws EQZCoreException.
-  QZProcessHandle Create(const char16_t* program, const char16_t* arguments, const char16_t* workingDirectory,
-                         const char16_t* const* environment, QZFileHandle* streams);
+  QZProcessHandle Create(const char16_t* program, const char16_t* arguments,
+                         const char16_t* workingDirectory, const char16_t* const* environment,
+                         QZFileHandle* streams);
   // Waits for the process (outside the lock), then reads its exit code.
   uint32_t Join(QZProcessHandle process);
   // Waits for whichever child in the set ends first, under the lock; *result gets its handle as
@@ -40,9 +41,9 @@ class CQZProcessManager {
   size_t ChildCount();
 
  private:
-  QZMutexHandle m_setMutex = nullptr;       // guards m_children and m_waitArray; recursive
-  std::set<QZProcessHandle> m_children;     // started here, not yet joined or detached
-  qz::os::CProcessWaitArray m_waitArray;    // reused by JoinChild; grows to twice the need
+  QZMutexHandle m_setMutex = nullptr;     // guards m_children and m_waitArray; recursive
+  std::set<QZProcessHandle> m_children;   // started here, not yet joined or detached
+  qz::os::CProcessWaitArray m_waitArray;  // reused by JoinChild; grows to twice the need
 };
 
 namespace qz::core {

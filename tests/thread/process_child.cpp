@@ -32,8 +32,10 @@ std::string TestBinary() {
 
 std::u16string Wide(const std::string& ascii) { return std::u16string(ascii.begin(), ascii.end()); }
 
-std::vector<std::u16string> ChildEnvironment(const std::string& role, std::vector<std::string> extra) {
-  extra.insert(extra.end(), {"GTEST_FILTER=ProcessChild.Role", "QZTEST_CHILD=1", "QZTEST_ROLE=" + role});
+std::vector<std::u16string> ChildEnvironment(const std::string& role,
+                                             std::vector<std::string> extra) {
+  extra.insert(extra.end(),
+               {"GTEST_FILTER=ProcessChild.Role", "QZTEST_CHILD=1", "QZTEST_ROLE=" + role});
   std::vector<std::u16string> wide;
   for (const auto& e : extra) wide.push_back(Wide(e));
   return wide;
@@ -75,7 +77,8 @@ std::vector<std::string> OpenDescriptors() {
   std::vector<std::string> fds;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code ec;
-    if (std::filesystem::read_symlink(entry.path(), ec) != own) fds.push_back(entry.path().filename().string());
+    if (std::filesystem::read_symlink(entry.path(), ec) != own)
+      fds.push_back(entry.path().filename().string());
   }
   std::sort(fds.begin(), fds.end());
   return fds;
@@ -95,8 +98,9 @@ TEST(ProcessChild, Role) {
   if (role == "report") {
     std::string fds;
     for (const auto& fd : qztest::OpenDescriptors()) fds += fd + '\0';
-    out = '\2' + qztest::ReadFile("/proc/self/cmdline") + '\1' + qztest::ReadFile("/proc/self/environ") + '\1' +
-          std::filesystem::current_path().string() + '\1' + fds + '\3';
+    out = '\2' + qztest::ReadFile("/proc/self/cmdline") + '\1' +
+          qztest::ReadFile("/proc/self/environ") + '\1' + std::filesystem::current_path().string() +
+          '\1' + fds + '\3';
   } else if (role == "echo") {  // input to output, a mark on error, exit code 7
     out = qztest::ReadToEnd(0);
     if (write(2, "err", 3) != 3) _exit(91);

@@ -16,12 +16,14 @@ struct ChildReport {
   std::vector<std::string> descriptors;
 };
 
-std::string TestBinary();                    // QZCORE_TEST_BINARY, else /proc/self/exe
+std::string TestBinary();  // QZCORE_TEST_BINARY, else /proc/self/exe
 std::u16string Wide(const std::string& ascii);
 // The environment a child needs for `role`, plus `extra`, as 16-bit strings.
-std::vector<std::u16string> ChildEnvironment(const std::string& role, std::vector<std::string> extra = {});
-std::vector<const char16_t*> WideArray(const std::vector<std::u16string>& strings);  // null-terminated
-std::string ReadToEnd(QZFileHandle end);     // QZFileRead to the end, then QZFileClose
+std::vector<std::u16string> ChildEnvironment(const std::string& role,
+                                             std::vector<std::string> extra = {});
+std::vector<const char16_t*> WideArray(
+    const std::vector<std::u16string>& strings);  // null-terminated
+std::string ReadToEnd(QZFileHandle end);          // QZFileRead to the end, then QZFileClose
 bool ParseReport(const std::string& output, ChildReport* report);
 std::vector<std::string> OpenDescriptors();  // of this process
 bool HasZombieChild();

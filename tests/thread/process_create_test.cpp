@@ -20,13 +20,15 @@ using Strings = std::vector<std::string>;
 
 // Starts `program` with pipes for all three streams and collects what it reports.
 qztest::ChildReport Report(const std::u16string& program, const char16_t* arguments,
-                           const std::vector<std::u16string>* environment, const char16_t* directory = nullptr) {
-  const auto array = environment != nullptr ? qztest::WideArray(*environment) : std::vector<const char16_t*>();
+                           const std::vector<std::u16string>* environment,
+                           const char16_t* directory = nullptr) {
+  const auto array =
+      environment != nullptr ? qztest::WideArray(*environment) : std::vector<const char16_t*>();
   QZFileHandle streams[3] = {-1, -1, -1};
   QZProcessHandle process;
   qztest::ChildReport report;
-  EXPECT_EQ(QZProcessCreate(program.c_str(), arguments, directory, environment != nullptr ? array.data() : nullptr, 0,
-                            streams, &process),
+  EXPECT_EQ(QZProcessCreate(program.c_str(), arguments, directory,
+                            environment != nullptr ? array.data() : nullptr, 0, streams, &process),
             0);
   if (process == -1) return report;
   QZFileClose(streams[0]);
@@ -42,9 +44,12 @@ uint32_t Echo(QZFileHandle* streams, const std::string& input) {
   const auto environment = qztest::ChildEnvironment("echo");
   const auto array = qztest::WideArray(environment);
   QZProcessHandle process;
-  EXPECT_EQ(QZProcessCreate(Wide(qztest::TestBinary()).c_str(), nullptr, nullptr, array.data(), 0, streams, &process), 0);
+  EXPECT_EQ(QZProcessCreate(Wide(qztest::TestBinary()).c_str(), nullptr, nullptr, array.data(), 0,
+                            streams, &process),
+            0);
   uint32_t written = 0;
-  EXPECT_EQ(QZFileWrite(streams[0], input.data(), static_cast<uint32_t>(input.size()), &written), 0);
+  EXPECT_EQ(QZFileWrite(streams[0], input.data(), static_cast<uint32_t>(input.size()), &written),
+            0);
   QZFileClose(streams[0]);
   uint32_t code = 0;
   EXPECT_EQ(QZProcessJoin(process, &code), 0);
@@ -59,10 +64,11 @@ TEST(ProcessCreate, ChildGetsTheWordsOfTheSplitCommandLine) {
       {u"", {}},  // the command line ends in a blank
       {u"  a  b\tc  ", {"a", "b", "c"}},
       {u"\"a b\" un\"quoted mid\"dle", {"a b", "unquoted middle"}},
-      {uR"(a\b c\\d)", {R"(a\b)", R"(c\\d)"}},        // literal away from a quote
-      {uR"(\"x\" a\\\"b)", {R"("x")", R"(a\"b)"}},     // odd count: half, and a literal quote
-      {uR"(a\\"b c" "tail\\")", {R"(a\b c)", R"(tail\)"}},  // even count: half, and the quote groups
-      {uR"("a""b" "" x)", {R"(a"b)", "", "x"}},        // "" inside a group; an empty word
+      {uR"(a\b c\\d)", {R"(a\b)", R"(c\\d)"}},      // literal away from a quote
+      {uR"(\"x\" a\\\"b)", {R"("x")", R"(a\"b)"}},  // odd count: half, and a literal quote
+      {uR"(a\\"b c" "tail\\")",
+       {R"(a\b c)", R"(tail\)"}},                // even count: half, and the quote groups
+      {uR"("a""b" "" x)", {R"(a"b)", "", "x"}},  // "" inside a group; an empty word
       {u"\u00e9 \"\u00fc x\"", {"\xc3\xa9", "\xc3\xbc x"}},
   };
   for (const auto& [arguments, words] : cases) {
@@ -84,7 +90,8 @@ TEST(ProcessCreate, ProgramPathIsTakenAsGiven) {
   // A relative path is taken from the caller's directory, even when the child starts elsewhere.
   const auto previous = std::filesystem::current_path();
   std::filesystem::current_path(home.path());
-  const auto report = Report(u"dir with blank/child", nullptr, &environment, Wide(elsewhere.path()).c_str());
+  const auto report =
+      Report(u"dir with blank/child", nullptr, &environment, Wide(elsewhere.path()).c_str());
   std::filesystem::current_path(previous);
   EXPECT_EQ(report.words, (Strings{"dir", "with", "blank/child"}));
   EXPECT_EQ(report.directory, std::filesystem::canonical(elsewhere.path()).string());
@@ -94,20 +101,23 @@ TEST(ProcessCreate, EnvironmentIsSortedInheritedOrEmpty) {
   const auto program = Wide(qztest::TestBinary());
   const auto sorted = qztest::ChildEnvironment("report", {"c=3", "B=1", "a=2"});
   EXPECT_EQ(Report(program, nullptr, &sorted).environment,
-            (Strings{"a=2", "B=1", "c=3", "GTEST_FILTER=ProcessChild.Role", "QZTEST_CHILD=1", "QZTEST_ROLE=report"}));
+            (Strings{"a=2", "B=1", "c=3", "GTEST_FILTER=ProcessChild.Role", "QZTEST_CHILD=1",
+                     "QZTEST_ROLE=report"}));
   {
     qztest::ScopedEnv filter("GTEST_FILTER", "ProcessChild.Role");
     qztest::ScopedEnv child("QZTEST_CHILD", "1");
     qztest::ScopedEnv role("QZTEST_ROLE", "report");
     qztest::ScopedEnv mark("QZTEST_MARK", "inherited");
     const Strings inherited = Report(program, nullptr, nullptr).environment;
-    EXPECT_NE(std::find(inherited.begin(), inherited.end(), "QZTEST_MARK=inherited"), inherited.end());
+    EXPECT_NE(std::find(inherited.begin(), inherited.end(), "QZTEST_MARK=inherited"),
+              inherited.end());
   }
   const std::vector<std::u16string> none;
   const auto array = qztest::WideArray(none);
   QZFileHandle streams[3] = {0, -1, 2};
   QZProcessHandle process;
-  ASSERT_EQ(QZProcessCreate(u"/usr/bin/env", nullptr, nullptr, array.data(), 0, streams, &process), 0);
+  ASSERT_EQ(QZProcessCreate(u"/usr/bin/env", nullptr, nullptr, array.data(), 0, streams, &process),
+            0);
   EXPECT_EQ(qztest::ReadToEnd(streams[1]), "");  // env printed nothing
   EXPECT_EQ(QZProcessJoin(process, nullptr), 0);
 }
@@ -157,12 +167,13 @@ TEST(ProcessCreate, ChildInheritsOnlyItsStreams) {
   const auto echoArray = qztest::WideArray(echo);
   QZFileHandle sibling[3] = {-1, -1, -1};
   QZProcessHandle siblingProcess;
-  ASSERT_EQ(QZProcessCreate(Wide(qztest::TestBinary()).c_str(), nullptr, nullptr, echoArray.data(), 0, sibling,
-                            &siblingProcess),
+  ASSERT_EQ(QZProcessCreate(Wide(qztest::TestBinary()).c_str(), nullptr, nullptr, echoArray.data(),
+                            0, sibling, &siblingProcess),
             0);
   const int inheritable = open("/dev/null", O_RDONLY);
   const auto environment = qztest::ChildEnvironment("report");
-  EXPECT_EQ(Report(Wide(qztest::TestBinary()), nullptr, &environment).descriptors, (Strings{"0", "1", "2"}));
+  EXPECT_EQ(Report(Wide(qztest::TestBinary()), nullptr, &environment).descriptors,
+            (Strings{"0", "1", "2"}));
   close(inheritable);
   QZFileClose(sibling[0]);
   qztest::ReadToEnd(sibling[1]);
@@ -200,8 +211,9 @@ TEST(ProcessCreate, FailuresLeaveNothingBehind) {
     QZFileHandle streams[3] = {-1, -1, c.error};
     QZProcessHandle process = 0;
     const std::u16string directory = c.directory != nullptr ? Wide(dir.File(c.directory)) : u"";
-    EXPECT_EQ(QZProcessCreate(Wide(c.program).c_str(), u"x", c.directory != nullptr ? directory.c_str() : nullptr,
-                              nullptr, 0, streams, &process),
+    EXPECT_EQ(QZProcessCreate(Wide(c.program).c_str(), u"x",
+                              c.directory != nullptr ? directory.c_str() : nullptr, nullptr, 0,
+                              streams, &process),
               c.result);
     EXPECT_EQ(process, -1);
     EXPECT_EQ(qztest::OpenDescriptors(), before);

@@ -35,7 +35,7 @@ TEST_F(ProcessFailure, FailedCreationLeavesNothingBehind) {
   const struct {
     const char* call;
     int error;
-    int pipesFirst;        // pipe2 only: pipes made before the failing one
+    int pipesFirst;         // pipe2 only: pipes made before the failing one
     QZFileHandle out, err;  // the stream entries 1 and 2
     QZRESULT result;
   } cases[] = {
@@ -62,7 +62,8 @@ TEST_F(ProcessFailure, FailedCreationLeavesNothingBehind) {
     }
     QZFileHandle streams[3] = {-1, c.out, c.err};
     QZProcessHandle process = 0;
-    EXPECT_EQ(QZProcessCreate(u"sh", u"-c \"exit 0\"", u"/", nullptr, 0, streams, &process), c.result);
+    EXPECT_EQ(QZProcessCreate(u"sh", u"-c \"exit 0\"", u"/", nullptr, 0, streams, &process),
+              c.result);
     qz::os::ResetSystemCalls();
     EXPECT_EQ(process, -1);
     EXPECT_EQ(qztest::OpenDescriptors(), before);
@@ -76,7 +77,8 @@ TEST_F(ProcessFailure, FailedCreationLeavesNothingBehind) {
 
 TEST_F(ProcessFailure, InterruptedWaitsAreResumed) {
   QZProcessHandle process;
-  ASSERT_EQ(QZProcessCreate(u"/bin/sh", u"-c \"exit 9\"", nullptr, nullptr, 0, nullptr, &process), 0);
+  ASSERT_EQ(QZProcessCreate(u"/bin/sh", u"-c \"exit 9\"", nullptr, nullptr, 0, nullptr, &process),
+            0);
   qz::os::FailSystemCall("poll", EINTR);
   qz::os::FailSystemCall("waitid", EINTR, 2);
   uint32_t code = 0;
@@ -87,7 +89,8 @@ TEST_F(ProcessFailure, InterruptedWaitsAreResumed) {
 TEST_F(ProcessFailure, FailedWaitOrCloseKeepsTheChildInTheSet) {
   const size_t children = Children();
   QZProcessHandle process;
-  ASSERT_EQ(QZProcessCreate(u"/bin/sh", u"-c \"exit 3\"", nullptr, nullptr, 0, nullptr, &process), 0);
+  ASSERT_EQ(QZProcessCreate(u"/bin/sh", u"-c \"exit 3\"", nullptr, nullptr, 0, nullptr, &process),
+            0);
   QZProcessHandle joined = -1;
   qz::os::FailSystemCall("poll", ENOMEM);
   EXPECT_EQ(QZProcessJoinChild(&joined, nullptr), QZ_E_OUTOFMEMORY);

@@ -23,8 +23,8 @@ QZProcessHandle Shell(const std::string& script, QZFileHandle* input = nullptr) 
   QZFileHandle streams[3] = {-1, 1, 2};
   QZProcessHandle process = -1;
   const std::string arguments = "-c \"" + script + "\"";
-  EXPECT_EQ(QZProcessCreate(u"/bin/sh", std::u16string(arguments.begin(), arguments.end()).c_str(), nullptr, nullptr,
-                            0, input != nullptr ? streams : nullptr, &process),
+  EXPECT_EQ(QZProcessCreate(u"/bin/sh", std::u16string(arguments.begin(), arguments.end()).c_str(),
+                            nullptr, nullptr, 0, input != nullptr ? streams : nullptr, &process),
             0);
   if (input != nullptr) *input = streams[0];
   return process;
@@ -39,9 +39,9 @@ void AwaitEnd(QZProcessHandle process) {  // without reaping: the handle is a pi
 TEST(ProcessJoin, ExitCodesAndSignals) {
   signal(SIGTERM, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
-  const std::pair<const char*, uint32_t> cases[] = {{"exit 0", 0},   {"exit 7", 7},   {"exit 255", 255},
-                                                    {"kill -TERM $$", 143},  {"kill -KILL $$", 137},
-                                                    {"kill -PIPE $$", 141}};
+  const std::pair<const char*, uint32_t> cases[] = {{"exit 0", 0},          {"exit 7", 7},
+                                                    {"exit 255", 255},      {"kill -TERM $$", 143},
+                                                    {"kill -KILL $$", 137}, {"kill -PIPE $$", 141}};
   for (const auto& [script, expected] : cases) {
     uint32_t code = 0xFFFFFFFF;
     EXPECT_EQ(QZProcessJoin(Shell(script), &code), 0) << script;
@@ -77,7 +77,8 @@ TEST(ProcessJoin, JoinsInEveryOrder) {
     for (bool byHandle : {false, true}) {
       QZFileHandle inputs[3];
       QZProcessHandle children[3];
-      for (int i = 0; i < 3; ++i) children[i] = Shell("read line; exit " + std::to_string(10 + i), &inputs[i]);
+      for (int i = 0; i < 3; ++i)
+        children[i] = Shell("read line; exit " + std::to_string(10 + i), &inputs[i]);
       for (int i : order) {
         QZFileClose(inputs[i]);
         QZProcessHandle ended = children[i];
@@ -148,7 +149,8 @@ TEST(ProcessJoin, DetachedChildLeavesNoZombie) {
   QZFileHandle input;
   const QZProcessHandle process = Shell("read line", &input);
   const std::string info = qztest::ReadFile("/proc/self/fdinfo/" + std::to_string(process));
-  const std::string stat = "/proc/" + std::to_string(std::atoi(info.c_str() + info.find("Pid:") + 4)) + "/stat";
+  const std::string stat =
+      "/proc/" + std::to_string(std::atoi(info.c_str() + info.find("Pid:") + 4)) + "/stat";
   ASSERT_EQ(QZProcessDetach(process), 0);
   QZProcessHandle none;
   EXPECT_EQ(QZProcessJoinChild(&none, nullptr), QZ_E_FAIL);  // out of the set
@@ -157,7 +159,8 @@ TEST(ProcessJoin, DetachedChildLeavesNoZombie) {
     const std::string text = qztest::ReadFile(stat);
     return text.size() > text.rfind(')') + 2 ? text[text.rfind(')') + 2] : '-';
   };
-  for (int i = 0; i < 6000 && state() != 'Z'; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  for (int i = 0; i < 6000 && state() != 'Z'; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   ASSERT_EQ(state(), 'Z');
   EXPECT_EQ(QZProcessJoin(Shell("exit 0"), nullptr), 0);  // a later start reaps it
   EXPECT_FALSE(std::filesystem::exists(stat));

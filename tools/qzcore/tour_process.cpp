@@ -33,7 +33,8 @@ std::string OneLine(std::string text) {
 void TourProcess() {
   QZFileHandle streams[3] = {-1, -1, -1};
   QZProcessHandle child;
-  const char16_t* arguments = u"-c \"echo hello from a child; echo \\\"$1\\\" >&2; exit 3\" sh \"two words\"";
+  const char16_t* arguments =
+      u"-c \"echo hello from a child; echo \\\"$1\\\" >&2; exit 3\" sh \"two words\"";
   Show("QZProcessCreate(\"/bin/sh\", -c \"...; exit 3\" sh \"two words\", pipes for all three)",
        Code(QZProcessCreate(u"/bin/sh", arguments, nullptr, nullptr, 0, streams, &child)));
   QZFileClose(streams[0]);  // no input for it
@@ -48,16 +49,20 @@ void TourProcess() {
   QZProcessHandle which = -1;
   QZProcessJoinChild(&which, &code);
   Show("QZProcessJoinChild on a child that killed itself with SIGTERM",
-       std::string(which == killed ? "that child" : "another") + ", exit code " + std::to_string(code) + " (128 + 15)");
+       std::string(which == killed ? "that child" : "another") + ", exit code " +
+           std::to_string(code) + " (128 + 15)");
   Show("QZProcessJoinChild with no child left", Code(QZProcessJoinChild(&which, &code)));
 
   QZProcessHandle missing;
-  const QZRESULT notFound = QZProcessCreate(u"no-such-program", nullptr, nullptr, nullptr, 0, nullptr, &missing);
-  Show("QZProcessCreate(\"no-such-program\") (no PATH search)", Code(notFound) + ", handle " + std::to_string(missing));
+  const QZRESULT notFound =
+      QZProcessCreate(u"no-such-program", nullptr, nullptr, nullptr, 0, nullptr, &missing);
+  Show("QZProcessCreate(\"no-such-program\") (no PATH search)",
+       Code(notFound) + ", handle " + std::to_string(missing));
 
   char name[64] = "";
   QZProcessGetName(QZProcessGetID(), name, sizeof name);
-  Show("QZProcessGetID / QZProcessGetName of this process", std::to_string(QZProcessGetID()) + " / " + name);
+  Show("QZProcessGetID / QZProcessGetName of this process",
+       std::to_string(QZProcessGetID()) + " / " + name);
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ std::vector<int> g_detached;
 // waitid on a pidfd, retried on EINTR.
 int WaitIdOnHandle(int pidfd, siginfo_t* info, int options) noexcept {
   *info = siginfo_t{};
-  return RetryOnEintr([&] { return sys::waitid(P_PIDFD, static_cast<id_t>(pidfd), info, options); });
+  return RetryOnEintr(
+      [&] { return sys::waitid(P_PIDFD, static_cast<id_t>(pidfd), info, options); });
 }
 
 // Reaps the detached children that have ended and closes their handles.
@@ -106,7 +107,8 @@ class CSpawnSetup {
     sigfillset(&all);
     int err = posix_spawnattr_setsigmask(&m_attributes, &none);
     if (err == 0) err = posix_spawnattr_setsigdefault(&m_attributes, &all);
-    if (err == 0) err = posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    if (err == 0)
+      err = posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     if (err != 0) return err;
     if (start.streams != nullptr) {
       for (int target = 0; target < 3; ++target) {
@@ -184,7 +186,8 @@ bool StartProcess(const ProcessStart& start, intptr_t* process) {
     CSpawnSetup setup;
     int err = setup.Prepare(start);
     if (err == 0) {
-      char* const* envp = start.environment != nullptr ? const_cast<char* const*>(start.environment) : environ;
+      char* const* envp =
+          start.environment != nullptr ? const_cast<char* const*>(start.environment) : environ;
       err = sys::posix_spawn(&pid, path.c_str(), setup.Actions(), setup.Attributes(),
                              const_cast<char* const*>(start.argv), envp);
     }
