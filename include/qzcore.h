@@ -16,6 +16,7 @@
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
 #include "qzcore/qznamed.h"
+#include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
 
 #endif /* QZCORE_H */
