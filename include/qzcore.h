@@ -12,5 +12,6 @@
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
 #include "qzcore/qzgetopt.h"
+#include "qzcore/qzregistry.h"
 
 #endif /* QZCORE_H */

@@ -141,7 +141,9 @@
     (node, service, hints, list), ::getaddrinfo, QZ_FAIL_RESULT)                                    \
   X(freeaddrinfo, void, (struct addrinfo * list), (list), ::freeaddrinfo, QZ_FAIL_VOID)             \
   X(getifaddrs, int, (struct ifaddrs * *list), (list), ::getifaddrs, QZ_FAIL_ERRNO(-1))             \
-  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)
+  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)             \
+  /* registry store */                                                                            \
+  X(geteuid, uid_t, (), (), ::geteuid, (QZ_FAIL_VOID, 0))
 
 namespace qz::os::sys {
 
