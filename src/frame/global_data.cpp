@@ -1,116 +1,11 @@
-// global_data.cpp - the start and stop of the library: building and destroying the process-wide
-// objects in their fixed order, and the load hook that runs them.
-//
-// The order is forced: every mutex is made through m_mutexProvider, and mutex creation and
-// destruction consult m_lockStatManager, so those two come first; the debug mutex is the only one
-// whose creation is tested.
+// global_data.cpp - the process-wide variables. The load hook runs under the loader's lock, one
+// call at a time, so they are plain data.
 #include "frame/global_data.h"
 
-#include <clocale>
-#include <new>
-
-#include "frame/core_exception.h"
-#include "frame/task_allocator.h"
-#include "sync/lock_stat_manager.h"
-#include "sync/mutex_lifecycle.h"
-#include "sync/mutex_provider.h"
+#include "platform/load_hook.h"
 
 int32_t g_initCount = 0;
 uint32_t g_platformReady = 0;
 void* g_moduleHandle = nullptr;
 IMalloc* g_comMalloc = nullptr;
 void* g_moduleId = reinterpret_cast<void*>(&QZDllMain);
-
-CQZClientData::CQZClientData() = default;
-CQZClientData::~CQZClientData() = default;
-
-namespace {
-
-QZRESULT StartHook() noexcept { return QZ_S_OK; }
-QZRESULT StopHook() noexcept { return QZ_S_OK; }
-
-// Step 4 of the start; throws, and what was built stays built.
-void BuildGlobalData() {
-  CQZGlobalData::m_mutexProvider = new qz::core::CQZMutexProvider();
-  CQZGlobalData::m_lockStatManager = new CQZLockStatManager();
-  auto* cell = new QZMutexHandle(nullptr);
-  const QZRESULT result = qz::core::MutexCreate("CQZGlobalData::m_debugMutex", QZ_MUTEX_NOSTATS, cell);
-  if (result < 0) {
-    delete cell;
-    throw EQZCoreException(result);
-  }
-  CQZGlobalData::m_debugMutex = cell;
-  // The module set joins here (step 4), before the client data.
-  CQZGlobalData::m_clientData = new CQZClientData();
-}
-
-void DestroyGlobalData() noexcept {
-  try {
-    if (CQZGlobalData::m_clientData != nullptr) {
-      delete CQZGlobalData::m_clientData;
-      CQZGlobalData::m_clientData = nullptr;
-    }
-    // The module set is destroyed here, after the client data.
-    if (CQZGlobalData::m_debugMutex != nullptr) {
-      qz::core::MutexDestroy(*CQZGlobalData::m_debugMutex);
-      delete CQZGlobalData::m_debugMutex;
-      CQZGlobalData::m_debugMutex = nullptr;
-    }
-    if (CQZGlobalData::m_mutexProvider != nullptr) {
-      delete CQZGlobalData::m_mutexProvider;
-      CQZGlobalData::m_mutexProvider = nullptr;
-    }
-    if (CQZGlobalData::m_lockStatManager != nullptr) {
-      delete CQZGlobalData::m_lockStatManager;
-      CQZGlobalData::m_lockStatManager = nullptr;
-    }
-  } catch (...) {
-    // Failures while tearing down are dropped; the stop keeps its status.
-  }
-}
-
-}  // namespace
-
-QZRESULT QZLibraryStart() noexcept {
-  if (++g_initCount != 1) return QZ_S_OK;
-  std::setlocale(LC_ALL, "");
-  g_platformReady = 1;
-  try {
-    BuildGlobalData();
-  } catch (const EQZCoreException& e) {
-    if (e.m_result < 0) return e.m_result;
-  } catch (const std::bad_alloc&) {
-    return QZ_E_OUTOFMEMORY;
-  } catch (...) {
-    return QZ_E_FAIL;
-  }
-  QZRESULT result = StartHook();
-  if (result < 0) return result;
-  result = StartHook();
-  if (result < 0) return result;
-  return CoGetMalloc(QZ_MEMCTX_TASK, &g_comMalloc);
-}
-
-QZRESULT QZLibraryStop() noexcept {
-  if (g_initCount < 1) return QZ_E_FAIL;
-  if (--g_initCount != 0) return QZ_S_OK;
-  // A start that failed before it obtained the allocator has none to give back.
-  if (g_comMalloc != nullptr && g_comMalloc->Release() == 0) g_comMalloc = nullptr;
-  QZRESULT status = QZ_S_OK;
-  if (StopHook() < 0) status = QZ_E_FAIL;  // both hooks run, whatever the first answered
-  if (StopHook() < 0) status = QZ_E_FAIL;
-  DestroyGlobalData();
-  return status;
-}
-
-int32_t QZDllMain(void* moduleHandle, uint32_t reason, void*) noexcept {
-  if (reason == QZ_DLL_PROCESS_ATTACH) {
-    g_moduleHandle = moduleHandle;
-    QZLibraryStart();
-    // The library enters itself in the module set here once the set exists.
-  } else if (reason == QZ_DLL_PROCESS_DETACH) {
-    // ... and leaves it here, before the stop.
-    QZLibraryStop();
-  }
-  return 1;
-}

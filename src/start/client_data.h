@@ -1,0 +1,15 @@
+// client_data.h - CQZClientData, the managers that serve the exports.
+//
+// It sits above every family because its members come from several of them; a family's exports
+// reach it through CQZGlobalData::m_clientData, and nothing else in a family includes this header.
+#pragma once
+
+#include "frame/ref_counted.h"
+
+// The managers behind the exports, built in the order of their members and destroyed in reverse.
+// Its count stays 0: the stop destroys it directly.
+class CQZClientData : public CQZCoreRefCounted {
+ public:
+  CQZClientData();
+  ~CQZClientData() override;
+};
