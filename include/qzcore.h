@@ -14,6 +14,7 @@
 #include "qzcore/qzlocale.h"
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
+#include "qzcore/qznamed.h"
 #include "qzcore/qzgetopt.h"
 #include "qzcore/qzregistry.h"
 
