@@ -148,6 +148,17 @@ TEST_F(NativeRegistry, EnumerationMovesOnEvenWhenAnEntryDoesNotFit) {
   EXPECT_EQ(QZRegistryCloseEnum(e), 0);
   EXPECT_EQ(QZRegistryCloseEnum(nullptr), 0);
 
+  // A change during the walk moves the entries under the index: each call sees the store as it is.
+  ASSERT_EQ(QZRegistryOpenKeyEnum(QZ_HKEY_CONFIG, u"E", &e), 0);
+  uint32_t size = 16;
+  EXPECT_EQ(QZRegistryEnumNextKey(e, name, &size), 0);
+  EXPECT_EQ(std::u16string(name), u"a");
+  ASSERT_EQ(QZRegistryDeleteKey(QZ_HKEY_CONFIG, u"E\\a"), 0);
+  size = 16;
+  EXPECT_EQ(QZRegistryEnumNextKey(e, name, &size), 0);
+  EXPECT_EQ(std::u16string(name), u"c");  // index 1 now
+  QZRegistryCloseEnum(e);
+
   // Opening: a missing key is a general failure for subkeys and "not found" for values.
   e = reinterpret_cast<QZRegEnumHandle>(1);
   EXPECT_EQ(QZRegistryOpenKeyEnum(QZ_HKEY_CONFIG, u"E\\none", &e), QZ_E_FAIL);
