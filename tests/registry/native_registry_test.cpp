@@ -312,6 +312,11 @@ TEST_F(NativeRegistry, HostilePathsAndNames) {
   EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CLASSES, u"", u"", nullptr, buffer, nullptr), QZ_E_FAIL);
   EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"x", QZ_REG_BINARY, nullptr, 4), QZ_E_FAIL);
   EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"x", QZ_REG_BINARY, nullptr, 0), 0);
+  // Sizes no row can hold are refused before the data is touched.
+  EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"huge", QZ_REG_BINARY, buffer, 0x80000000u), QZ_E_FAIL);
+  EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"huge", QZ_REG_BINARY, buffer, 0xFFFFFFFFu), QZ_E_FAIL);
+  uint32_t size = 0;
+  EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CLASSES, u"", u"huge", nullptr, nullptr, &size), QZ_E_FILE_NOT_FOUND);
 }
 
 TEST_F(NativeRegistry, LargeValuesRoundTrip) {
