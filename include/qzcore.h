@@ -18,5 +18,6 @@
 #include "qzcore/qznamed.h"
 #include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
+#include "qzcore/qzregistry.h"
 
 #endif /* QZCORE_H */

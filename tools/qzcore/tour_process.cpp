@@ -11,7 +11,7 @@ namespace {
 using qztool::Hex;
 using qztool::Show;
 
-std::string Code(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
+std::string Code(QZRESULT hr) { return qztool::Result(hr); }
 
 // Reads a pipe end to its end with QZFileRead, then closes it.
 std::string ReadPipe(QZFileHandle end) {
