@@ -57,7 +57,7 @@ TEST_F(RegTool, FailuresExitWithAMessage) {
     int exitCode;
     const char* message;
   } cases[] = {
-      {"query 'CONFIG\\Missing'", 1, "0x80070002 (not found)"},
+      {"query 'CONFIG\\Missing'", 1, "(0x80070002) (not found)"},
       {"delete 'CONFIG\\Missing'", 1, "0x80004005"},
       {"delete 'CONFIG' -v nothing", 1, "not found"},
       {"query 'NOHIVE\\x'", 2, "usage"},

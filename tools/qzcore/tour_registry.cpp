@@ -81,7 +81,7 @@ void TourRegistry() {
   std::filesystem::create_directories(work);
   std::filesystem::current_path(work);
   std::ofstream(work / "qzregistry.ini") << "[QZ_HKEY_CONFIG_64\\QZCoreTour\\FromFile]\nGreeting = hello \n\n";
-  Show("QZRegistryMigrate(INI -> NATIVE)", Code(QZRegistryMigrate(QZ_REGKIND_INI, nullptr, QZ_REGKIND_NATIVE, nullptr)));
+  Show("QZRegistryMigrate(INI, NATIVE)", Code(QZRegistryMigrate(QZ_REGKIND_INI, nullptr, QZ_REGKIND_NATIVE, nullptr)));
   Show("  qzregistry.ini afterwards", std::filesystem::exists(work / "qzregistry.ini") ? "still there" : "deleted");
   std::filesystem::current_path(here);
   std::filesystem::remove_all(work);
