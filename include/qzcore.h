@@ -12,5 +12,7 @@
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
 #include "qzcore/qzgetopt.h"
+#include "qzcore/qzcom.h"
+#include "qzcore/qzlibrary.h"
 
 #endif /* QZCORE_H */

@@ -9,8 +9,10 @@
 #include <clocale>
 #include <new>
 
+#include "component/module_manager.h"
 #include "frame/core_exception.h"
 #include "frame/task_allocator.h"
+#include "qzcore/qzlibrary.h"
 #include "sync/lock_stat_manager.h"
 #include "sync/mutex_lifecycle.h"
 #include "sync/mutex_provider.h"
@@ -40,7 +42,7 @@ void BuildGlobalData() {
     throw EQZCoreException(result);
   }
   CQZGlobalData::m_debugMutex = cell;
-  // The module set joins here (step 4), before the client data.
+  CQZGlobalData::m_moduleManager = new CQZModuleManager();
   CQZGlobalData::m_clientData = new CQZClientData();
 }
 
@@ -50,7 +52,10 @@ void DestroyGlobalData() noexcept {
       delete CQZGlobalData::m_clientData;
       CQZGlobalData::m_clientData = nullptr;
     }
-    // The module set is destroyed here, after the client data.
+    if (CQZGlobalData::m_moduleManager != nullptr) {
+      delete CQZGlobalData::m_moduleManager;
+      CQZGlobalData::m_moduleManager = nullptr;
+    }
     if (CQZGlobalData::m_debugMutex != nullptr) {
       qz::core::MutexDestroy(*CQZGlobalData::m_debugMutex);
       delete CQZGlobalData::m_debugMutex;
@@ -107,9 +112,9 @@ int32_t QZDllMain(void* moduleHandle, uint32_t reason, void*) noexcept {
   if (reason == QZ_DLL_PROCESS_ATTACH) {
     g_moduleHandle = moduleHandle;
     QZLibraryStart();
-    // The library enters itself in the module set here once the set exists.
+    QZModuleSetInitialized(reinterpret_cast<uintptr_t>(g_moduleId), 1);
   } else if (reason == QZ_DLL_PROCESS_DETACH) {
-    // ... and leaves it here, before the stop.
+    QZModuleSetInitialized(reinterpret_cast<uintptr_t>(g_moduleId), 0);
     QZLibraryStop();
   }
   return 1;

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "component/factory_manager.h"
+#include "component/lib_manager.h"
 #include "frame/ref_counted.h"
 #include "qzcore/qztypes.h"
 
@@ -31,6 +33,9 @@ class CQZClientData : public CQZCoreRefCounted {
  public:
   CQZClientData();
   ~CQZClientData() override;
+
+  CQZLibManager m_libManager;          // loading and searching libraries (stateless)
+  CQZFactoryManager m_factoryManager;  // the class-object cache
 };
 
 extern int32_t g_initCount;        // starts not yet matched by a stop
