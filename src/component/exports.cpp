@@ -7,6 +7,7 @@
 #include "frame/export_frame.h"
 #include "frame/global_data.h"
 #include "frame/task_allocator.h"
+#include "start/client_data.h"
 #include "qzcore/qzcom.h"
 #include "qzcore/qzlibrary.h"
 
@@ -15,6 +16,15 @@ namespace {
 CQZModuleManager& Modules() noexcept { return *CQZGlobalData::m_moduleManager; }
 CQZLibManager& Libraries() noexcept { return CQZGlobalData::m_clientData->m_libManager; }
 CQZFactoryManager& Factories() noexcept { return CQZGlobalData::m_clientData->m_factoryManager; }
+
+// The module guard: QZ_E_MODULE_NOT_INITIALIZED for a key not in the set, otherwise the result
+// of `operation`, each in a frame of its own, with no lock held while the operation runs.
+template <class Operation>
+QZRESULT Guarded(uintptr_t key, Operation&& operation) noexcept {
+  const QZRESULT found = QZExportFrame([&] { return Modules().IsInitialized(key) ? QZ_S_OK : QZ_E_MODULE_NOT_INITIALIZED; });
+  if (found != QZ_S_OK) return found;
+  return QZExportFrame(operation);
+}
 
 }  // namespace
 
@@ -78,11 +88,11 @@ QZ_API QZRESULT QZModuleSetInitialized(uintptr_t moduleKey, uint16_t on) {
 }
 
 QZ_API QZRESULT QZModuleLibOpen(uintptr_t moduleKey, const QZWCHAR* path, QZLibHandle* result) {
-  return Modules().Guarded(moduleKey, [&] { return QZLibOpen(path, result); });
+  return Guarded(moduleKey, [&] { return QZLibOpen(path, result); });
 }
 
 QZ_API QZRESULT QZModuleLibClose(uintptr_t moduleKey, QZLibHandle library) {
-  return Modules().Guarded(moduleKey, [&] { return QZLibClose(library); });
+  return Guarded(moduleKey, [&] { return QZLibClose(library); });
 }
 
 QZ_API QZRESULT QZLibOpen(const QZWCHAR* path, QZLibHandle* result) {
@@ -144,12 +154,12 @@ QZ_API QZRESULT QZComFlushFactoryCache(void) {
 
 QZ_API QZRESULT QZModuleComCreateObject(uintptr_t moduleKey, const QZGUID* clsid, IQZUnknown* outer,
                                         const QZGUID* iid, void** result) {
-  return Modules().Guarded(moduleKey, [&] { return QZComCreateObject(clsid, outer, iid, result); });
+  return Guarded(moduleKey, [&] { return QZComCreateObject(clsid, outer, iid, result); });
 }
 
 QZ_API QZRESULT QZModuleComGetClassObject(uintptr_t moduleKey, const QZGUID* clsid, const QZGUID* iid,
                                           void** result) {
-  return Modules().Guarded(moduleKey, [&] { return QZComGetClassObject(clsid, iid, result); });
+  return Guarded(moduleKey, [&] { return QZComGetClassObject(clsid, iid, result); });
 }
 
 }  // extern "C"

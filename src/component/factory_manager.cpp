@@ -14,6 +14,7 @@
 extern "C" __attribute__((weak)) QZRESULT QZRegistryGetValue(int32_t hive, const QZWCHAR* path, const QZWCHAR* name,
                                                              uint32_t* type, void* data, uint32_t* size);
 #endif
+#include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 
 namespace {
@@ -54,11 +55,11 @@ CQZFactoryData::~CQZFactoryData() {
 }
 
 CQZFactoryManager::CQZFactoryManager() {
-  qz::core::MutexCreate("CQZFactoryManager::m_mapMutex", 0, &m_mapMutex);
+  QZMutexCreate("CQZFactoryManager::m_mapMutex", 0, &m_mapMutex);
 }
 
 CQZFactoryManager::~CQZFactoryManager() {
-  if (qz::core::IsMutexHandle(m_mapMutex)) qz::core::MutexDestroy(m_mapMutex);
+  if (qz::core::IsMutexHandle(m_mapMutex)) QZMutexDestroy(m_mapMutex);
   m_mapMutex = nullptr;
   for (auto& entry : m_classes) qz::core::Release(entry.second);
   m_classes.clear();

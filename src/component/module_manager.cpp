@@ -2,14 +2,15 @@
 #include "component/module_manager.h"
 
 #include "component/unchecked_lock.h"
+#include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 
 CQZModuleManager::CQZModuleManager() {
-  qz::core::MutexCreate("CQZModuleManager::m_setLock", 0, &m_setLock);
+  QZMutexCreate("CQZModuleManager::m_setLock", 0, &m_setLock);
 }
 
 CQZModuleManager::~CQZModuleManager() {
-  if (qz::core::IsMutexHandle(m_setLock)) qz::core::MutexDestroy(m_setLock);
+  if (qz::core::IsMutexHandle(m_setLock)) QZMutexDestroy(m_setLock);
   m_setLock = nullptr;
   m_modules.clear();
 }

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <set>
 
-#include "frame/export_frame.h"
 #include "qzcore/qztypes.h"
 
 class CQZModuleManager {
@@ -25,17 +24,9 @@ class CQZModuleManager {
   // Enters (on) or takes out (!on) `key`; repeats are no-ops. Throws std::bad_alloc.
   void SetInitialized(uintptr_t key, bool on);
 
-  // Whether `key` is in the set, looked up under m_setLock, which is released before returning.
+  // Whether `key` is in the set, looked up under m_setLock, which is released before returning:
+  // the guard of the module-keyed operations, which then run with no lock held.
   bool IsInitialized(uintptr_t key) noexcept;
-
-  // The guard: QZ_E_MODULE_NOT_INITIALIZED for a key not in the set; otherwise `operation`'s
-  // result, run in a frame of its own with no lock held.
-  template <class Operation>
-  QZRESULT Guarded(uintptr_t key, Operation&& operation) noexcept {
-    const QZRESULT found = QZExportFrame([&] { return IsInitialized(key) ? QZ_S_OK : QZ_E_MODULE_NOT_INITIALIZED; });
-    if (found != QZ_S_OK) return found;
-    return QZExportFrame(operation);
-  }
 
  private:
   QZMutexHandle m_setLock = nullptr;  // guards m_modules only; a leaf lock, never held across a call out

@@ -1,13 +1,19 @@
 // error_report.h - the failure-reporting channel behind QZErrorAlert, QZTrace and QZAssert.
 //
 // The state (stored method, console session, debugger-continue word) lives here; the delivery goes
-// through the platform's report sinks. Every step that takes the debug mutex is skipped while the
-// global data holds none, so these work before the start and after the stop.
+// through the platform's report sinks. Reporting locks the platform lock of the debug mutex
+// directly (it sits below the mutex family); while the global data holds no debug mutex the steps
+// run unlocked, so these work before the start and after the stop.
 #pragma once
 
 #include <cstdarg>
 #include <cstddef>
+#include <atomic>
 #include <cstdint>
+
+namespace qz::os {
+class CriticalSection;
+}
 
 namespace qz::core {
 
@@ -21,11 +27,15 @@ void Trace(const char16_t* format, ...);
 void Assert(const char* expression, const char* file, int32_t line);
 void SetAlertMethod(uint32_t method) noexcept;
 
+// The lock that serialises reporting: the start hands in the debug mutex's platform lock, the
+// stop takes it back (null) before the mutex goes.
+void SetReportLock(os::CriticalSection* lock) noexcept;
+
 // The session that receives operator questions, worked out at most once.
 uint32_t ConsoleSessionId();
 
 }  // namespace qz::core
 
-extern uint32_t s_alertMethod;              // method used when an alert passes 0
-extern uint32_t s_consoleSessionId;         // 0xFFFFFFFF until worked out
-extern volatile int32_t s_debuggerContinue; // set non-zero in a debugger to end a wait for it
+extern std::atomic<uint32_t> g_alertMethod;       // method used when an alert passes 0
+extern std::atomic<uint32_t> g_consoleSessionId;  // 0xFFFFFFFF until worked out, then set once
+extern std::atomic<int32_t> g_debuggerContinue;   // set non-zero in a debugger to end a wait for it

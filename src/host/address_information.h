@@ -8,7 +8,7 @@
 
 #include <atomic>
 
-#include "host/lazy_mutex.h"
+#include "sync/lazy_mutex.h"
 #include "platform/host_network.h"
 #include "qzcore/qztypes.h"
 

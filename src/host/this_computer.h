@@ -11,7 +11,7 @@
 #include <string>
 
 #include "host/address_information.h"
-#include "host/lazy_mutex.h"
+#include "sync/lazy_mutex.h"
 #include "platform/host_network.h"
 #include "qzcore/qztypes.h"
 

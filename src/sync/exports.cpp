@@ -2,18 +2,25 @@
 //
 // Each export is a line or two: create and destroy run in the export frame, the lock operations
 // dispatch through the mutex's virtual table with no frame and no test of the handle.
+#include "frame/export_frame.h"
+#include "frame/global_data.h"
 #include "qzcore/qzmutex.h"
 #include "sync/lock_stat_manager.h"
 #include "sync/mutex_lifecycle.h"
-#include "frame/global_data.h"
 
 extern "C" {
 
 QZ_API QZRESULT QZMutexCreate(const char* name, uint32_t flags, QZMutexHandle* out) {
-  return qz::core::MutexCreate(name, flags, out);
+  qz::core::StoreInvalidHandle(out);
+  return QZExportFrame([&]() -> QZRESULT {
+    *out = qz::core::CreateMutexHandle(name, flags);
+    return QZ_S_OK;
+  });
 }
 
-QZ_API QZRESULT QZMutexDestroy(QZMutexHandle mutex) { return qz::core::MutexDestroy(mutex); }
+QZ_API QZRESULT QZMutexDestroy(QZMutexHandle mutex) {
+  return QZExportFrame([&]() { return qz::core::DestroyMutexHandle(mutex); });
+}
 
 QZ_API QZRESULT QZMutexAcquire(QZMutexHandle mutex) { return MutexFromHandle(mutex)->Acquire(); }
 

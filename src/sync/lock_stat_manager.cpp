@@ -10,7 +10,7 @@ CQZLockStatManager::Key KeyOf(int32_t kind, IMutex* mutex) noexcept {
 }  // namespace
 
 CQZLockStatManager::CQZLockStatManager() {
-  qz::core::MutexCreate("CQZLockStatManager::m_mutex", QZ_MUTEX_NOSTATS, &m_mutex);
+  QZMutexCreate("CQZLockStatManager::m_mutex", QZ_MUTEX_NOSTATS, &m_mutex);
 }
 
 CQZLockStatManager::~CQZLockStatManager() {
@@ -20,7 +20,7 @@ CQZLockStatManager::~CQZLockStatManager() {
     EraseEntry(first->first.first, mutex);
     qz::core::Release(mutex);
   }
-  if (qz::core::IsMutexHandle(m_mutex)) qz::core::MutexDestroy(m_mutex);
+  if (qz::core::IsMutexHandle(m_mutex)) QZMutexDestroy(m_mutex);
 }
 
 void CQZLockStatManager::SetEntry(int32_t kind, IMutex* mutex) noexcept {

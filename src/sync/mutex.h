@@ -60,6 +60,7 @@ class CQZCoreMutexImpl : public qz::core::CQZMutex {
   void ResetStats() override;
   int32_t AssertOwnership(QZBOOL16 expected) override;
   void* GetOSMutex() override;
+  qz::os::CriticalSection& PlatformLock() noexcept { return m_criticalSection; }
 
  protected:
   qz::os::CriticalSection m_criticalSection;  // the platform lock

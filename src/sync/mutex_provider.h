@@ -13,7 +13,8 @@ class IMutex;
 
 class IMutexProvider : public CQZCoreRefCounted {
  public:
-  // Makes a mutex with one reference in *out. 0, or a failure with *out untouched.
+  // Makes a mutex with one reference in *out and returns 0; throws (out of memory) with *out
+  // untouched.
   virtual QZRESULT Create(const char* name, uint32_t flags, IMutex** out) = 0;
 };
 

@@ -27,10 +27,10 @@ TEST(DebuggerWait, EventEntryComesFirstAndTheReleaseWordIsSetBack) {
   EXPECT_EQ(qztest::ReadFile(log), "T\twaiting 1\n");
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_FALSE(returned);
-  s_debuggerContinue = 1;
+  g_debuggerContinue.store(1);
   waiter.join();
   EXPECT_TRUE(returned);
-  EXPECT_EQ(s_debuggerContinue, 0);
+  EXPECT_EQ(g_debuggerContinue.load(), 0);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "frame/export_frame.h"
 #include "frame/global_data.h"
+#include "start/start.h"
 #include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 

@@ -3,7 +3,7 @@
 // called and after the last one returned.
 #include <dlfcn.h>
 
-#include "frame/global_data.h"
+#include "platform/load_hook.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // lazy_mutex.cpp - creation of a mutex on first use, under a spin flag.
-#include "host/lazy_mutex.h"
+#include "sync/lazy_mutex.h"
 
 #include <chrono>
 #include <thread>
@@ -10,7 +10,7 @@ namespace qz::core {
 
 CQZLazyMutex::~CQZLazyMutex() {
   const QZMutexHandle handle = m_handle.load(std::memory_order_acquire);
-  if (handle != Invalid()) MutexDestroy(handle);
+  if (handle != Invalid()) QZMutexDestroy(handle);
 }
 
 QZMutexHandle CQZLazyMutex::Get() noexcept {
@@ -22,7 +22,7 @@ QZMutexHandle CQZLazyMutex::Get() noexcept {
   handle = m_handle.load(std::memory_order_acquire);
   if (handle == Invalid()) {
     QZMutexHandle made = Invalid();
-    if (MutexCreate(m_name, 0, &made) >= 0) {
+    if (QZMutexCreate(m_name, 0, &made) >= 0) {
       m_handle.store(made, std::memory_order_release);
       handle = made;
     }

@@ -1,0 +1,20 @@
+// client_data.h - CQZClientData, the managers that serve the exports.
+//
+// It sits above every family because its members come from several of them; a family's exports
+// reach it through CQZGlobalData::m_clientData, and nothing else in a family includes this header.
+#pragma once
+
+#include "component/factory_manager.h"
+#include "component/lib_manager.h"
+#include "frame/ref_counted.h"
+
+// The managers behind the exports, built in the order of their members and destroyed in reverse.
+// Its count stays 0: the stop destroys it directly.
+class CQZClientData : public CQZCoreRefCounted {
+ public:
+  CQZClientData();
+  ~CQZClientData() override;
+
+  CQZLibManager m_libManager;          // loading and searching libraries (stateless)
+  CQZFactoryManager m_factoryManager;  // the class-object cache
+};
