@@ -1,0 +1,70 @@
+// component_internal_test.cpp - what the component model does when the system fails it: a random
+// source that fails or is interrupted, a loader that refuses to close; and the library's own key in
+// the module set across its stop and start.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "component_test_support.h"
+#include "frame/global_data.h"
+#include "platform/last_error.h"
+#include "platform/load_hook.h"
+#include "platform/system_calls.h"
+#include "qzcore/qzcom.h"
+#include "qzcore/qzlibrary.h"
+
+namespace {
+
+class ComponentSystem : public ::testing::Test {
+ protected:
+  void TearDown() override { qz::os::ResetSystemCalls(); }
+};
+
+TEST_F(ComponentSystem, GenerationFailsOnlyWhenTheRandomSourceFails) {
+  QZGUID g;
+  std::memset(&g, 0x5A, sizeof g);
+  const QZGUID before = g;
+  ASSERT_TRUE(qz::os::FailSystemCall("getrandom", ENOSYS));
+  EXPECT_EQ(QZComGenerateGUID(&g), QZ_E_FAIL);
+  EXPECT_EQ(std::memcmp(&g, &before, sizeof g), 0);  // untouched
+
+  // An interrupted read is asked again, and the identifier is made.
+  ASSERT_TRUE(qz::os::FailSystemCall("getrandom", EINTR, 2));
+  EXPECT_EQ(QZComGenerateGUID(&g), 0);
+  EXPECT_EQ(g.Data3 >> 12, 4);
+}
+
+TEST_F(ComponentSystem, ACloseTheLoaderRefusesIsAnInvalidHandle) {
+  QZLibHandle handle = nullptr;
+  ASSERT_EQ(QZLibOpen(qztest::Wide(qztest::kSamplePath).c_str(), &handle), 0);
+  ASSERT_TRUE(qz::os::FailSystemCall("dlclose", 0));
+  EXPECT_EQ(QZLibClose(handle), QZ_E_HANDLE);
+  EXPECT_TRUE(qztest::IsMapped(qztest::kSamplePath));
+  EXPECT_EQ(QZLibClose(handle), 0);
+  EXPECT_FALSE(qztest::IsMapped(qztest::kSamplePath));
+
+  ASSERT_TRUE(qz::os::FailSystemCall("dlopen", ENOMEM));
+  EXPECT_EQ(QZLibOpen(qztest::Wide(qztest::kSamplePath).c_str(), &handle), QZ_E_FAIL);
+  EXPECT_EQ(qz::os::GetLastError(), 126u);  // whatever the loader's reason
+}
+
+TEST_F(ComponentSystem, TheLibraryIsInItsOwnSetWhileItRuns) {
+  const auto self = reinterpret_cast<uintptr_t>(g_moduleId);
+  EXPECT_EQ(self, reinterpret_cast<uintptr_t>(&QZDllMain));
+  QZLibHandle handle = nullptr;
+  ASSERT_EQ(QZModuleLibOpen(self, qztest::Wide(qztest::kSamplePath).c_str(), &handle), 0);
+  EXPECT_EQ(QZModuleLibClose(self, handle), 0);
+
+  // The unload hook takes it out before the stop; the next load hook puts it back.
+  QZDllMain(nullptr, QZ_DLL_PROCESS_DETACH, nullptr);
+  QZDllMain(nullptr, QZ_DLL_PROCESS_ATTACH, nullptr);
+  ASSERT_EQ(QZModuleLibOpen(self, qztest::Wide(qztest::kSamplePath).c_str(), &handle), 0);
+  EXPECT_EQ(QZModuleSetInitialized(self, 0), 0);
+  EXPECT_EQ(QZModuleLibClose(self, handle), QZ_E_MODULE_NOT_INITIALIZED);
+  EXPECT_EQ(QZModuleSetInitialized(self, 1), 0);
+  EXPECT_EQ(QZModuleLibClose(self, handle), 0);
+  EXPECT_FALSE(qztest::IsMapped(qztest::kSamplePath));
+}
+
+}  // namespace
