@@ -3,7 +3,6 @@
 #include "platform/host_network.h"
 
 #include <ifaddrs.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include <cstring>
 
 #include "errno_map.h"
+#include "syscalls.h"
 #include "platform/last_error.h"
 #include "platform/native_error.h"
 
@@ -20,7 +20,7 @@ namespace {
 bool Startup() noexcept { return true; }
 
 bool GetHostName(char* buffer, size_t size) noexcept {
-  if (gethostname(buffer, size) != 0) {
+  if (sys::gethostname(buffer, size) != 0) {
     SetLastErrorFromErrno(errno);
     return false;
   }
@@ -28,10 +28,10 @@ bool GetHostName(char* buffer, size_t size) noexcept {
 }
 
 int GetAddrInfo(const char* node, const char* service, const AddressInfo* hints, AddressInfo** result) noexcept {
-  return getaddrinfo(node, service, hints, result);
+  return sys::getaddrinfo(node, service, hints, result);
 }
 
-void FreeAddrInfo(AddressInfo* list) noexcept { freeaddrinfo(list); }
+void FreeAddrInfo(AddressInfo* list) noexcept { sys::freeaddrinfo(list); }
 
 size_t SocketAddressSize(int family) noexcept {
   return family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
@@ -43,7 +43,7 @@ size_t SocketAddressSize(int family) noexcept {
 bool QueryAddressList(int family, void* buffer, uint32_t size, uint32_t* bytesReturned) noexcept {
   *bytesReturned = 0;
   ifaddrs* all = nullptr;
-  if (getifaddrs(&all) != 0) {
+  if (sys::getifaddrs(&all) != 0) {
     SetLastErrorFromErrno(errno);
     return false;
   }
@@ -75,7 +75,7 @@ bool QueryAddressList(int family, void* buffer, uint32_t size, uint32_t* bytesRe
     }
     list->count = stored;
   }
-  freeifaddrs(all);
+  sys::freeifaddrs(all);
   if (fits < count || buffer == nullptr) {
     SetLastError(kErrorInsufficientBuffer);
     return false;

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "errno_map.h"
+#include "syscalls.h"
 #include "platform/native_error.h"
 
 namespace qz::os {
@@ -94,7 +95,7 @@ uint32_t SetLastErrorFromPathErrno(int err, const char* path) noexcept {
     if (slash != std::string::npos) {
       parent.resize(slash == 0 ? 1 : slash);
       struct stat st;
-      if (stat(parent.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) native = kErrorPathNotFound;
+      if (sys::stat(parent.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) native = kErrorPathNotFound;
     }
   }
   t_lastError = native;

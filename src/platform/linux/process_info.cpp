@@ -1,15 +1,14 @@
 // process_info.cpp - thread and process identity, yielding, traps and sessions on Linux.
 #include "platform/process_info.h"
 
+#include <fcntl.h>
 #include <pthread.h>
-#include <sched.h>
-#include <signal.h>
-#include <sys/utsname.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "io.h"
+#include "syscalls.h"
 
 namespace qz::os {
 namespace {
@@ -31,24 +30,24 @@ void RegisterForkHandler() noexcept {
 uint32_t GetCurrentThreadId() noexcept {
   if (t_threadId == 0) {
     RegisterForkHandler();
-    t_threadId = static_cast<uint32_t>(gettid());
+    t_threadId = static_cast<uint32_t>(sys::gettid());
   }
   return t_threadId;
 }
 
-uint32_t GetCurrentProcessId() noexcept { return static_cast<uint32_t>(getpid()); }
+uint32_t GetCurrentProcessId() noexcept { return static_cast<uint32_t>(sys::getpid()); }
 
-void YieldThread() noexcept { sched_yield(); }
+void YieldThread() noexcept { sys::sched_yield(); }
 
-void BreakpointTrap() noexcept { raise(SIGTRAP); }
+void BreakpointTrap() noexcept { sys::raise(SIGTRAP); }
 
 void AbortProcess() noexcept {
-  raise(SIGABRT);
-  exit(3);
+  sys::raise(SIGABRT);
+  std::exit(3);
 }
 
 bool ProcessIdToSessionId(uint32_t pid, uint32_t* session) noexcept {
-  const pid_t sid = getsid(static_cast<pid_t>(pid));
+  const pid_t sid = sys::getsid(static_cast<pid_t>(pid));
   if (sid < 0) return false;
   *session = static_cast<uint32_t>(sid);
   return true;
@@ -58,25 +57,22 @@ ActiveConsoleSessionFn FindActiveConsoleSessionQuery() noexcept { return nullptr
 
 bool QueryPlatformVersion(uint32_t* platformId, uint32_t* majorVersion) noexcept {
   struct utsname un;
-  if (uname(&un) != 0) return false;
+  if (sys::uname(&un) != 0) return false;
   *platformId = 0;  // not the first platform's family
   *majorVersion = static_cast<uint32_t>(strtoul(un.release, nullptr, 10));
   return true;
 }
 
 bool IsDebuggerAttached() noexcept {
-  FILE* f = fopen("/proc/self/status", "re");
-  if (f == nullptr) return false;
-  char line[256];
-  bool attached = false;
-  while (fgets(line, sizeof line, f) != nullptr) {
-    if (strncmp(line, "TracerPid:", 10) == 0) {
-      attached = strtol(line + 10, nullptr, 10) != 0;
-      break;
-    }
-  }
-  fclose(f);
-  return attached;
+  const int fd = OpenCloexec("/proc/self/status", O_RDONLY);
+  if (fd < 0) return false;
+  char status[4096];
+  const ssize_t size = ReadAll(fd, status, sizeof status - 1);
+  sys::close(fd);
+  if (size <= 0) return false;
+  status[size] = '\0';
+  const char* tracer = std::strstr(status, "\nTracerPid:");
+  return tracer != nullptr && std::strtol(tracer + 11, nullptr, 10) != 0;
 }
 
 }  // namespace qz::os

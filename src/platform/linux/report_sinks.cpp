@@ -10,7 +10,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <time.h>
-#include <unistd.h>
 
 #include <cctype>
 #include <cerrno>
@@ -19,8 +18,10 @@
 #include <cstring>
 #include <string>
 
+#include "io.h"
 #include "platform/process_info.h"
 #include "platform/utf8.h"
+#include "syscalls.h"
 #include "syslog_line.h"
 
 namespace qz::os {
@@ -28,26 +29,12 @@ namespace {
 
 constexpr const char kEventSource[] = "Morvalent Services";
 
-// Writes all of `data`, retrying short writes and interruptions.
-bool WriteAll(int fd, const char* data, size_t size) noexcept {
-  while (size > 0) {
-    const ssize_t n = write(fd, data, size);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    data += n;
-    size -= static_cast<size_t>(n);
-  }
-  return true;
-}
-
 // Appends `data` to the file at `path` in one write, creating the file if needed.
 void AppendToFile(const char* path, const std::string& data) noexcept {
-  const int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+  const int fd = OpenCloexec(path, O_WRONLY | O_APPEND | O_CREAT, 0644);
   if (fd < 0) return;
   WriteAll(fd, data.data(), data.size());
-  close(fd);
+  sys::close(fd);
 }
 
 std::string EscapeEventField(const std::string& s) {
@@ -64,15 +51,15 @@ std::string EscapeEventField(const std::string& s) {
 
 // Sends one entry to the system log socket; silent if there is none.
 void SendToSyslog(const std::string& line) noexcept {
-  const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  const int fd = sys::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return;
   struct sockaddr_un addr {};
   addr.sun_family = AF_UNIX;
   strcpy(addr.sun_path, "/dev/log");
-  if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) {
-    send(fd, line.data(), line.size(), MSG_NOSIGNAL);
+  if (sys::connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) {
+    RetryOnEintr([&] { return sys::send(fd, line.data(), line.size(), MSG_NOSIGNAL); });
   }
-  close(fd);
+  sys::close(fd);
 }
 
 }  // namespace
@@ -102,9 +89,9 @@ void OutputDebugText(std::u16string_view text) noexcept {
     const char* sink = getenv("QZCORE_DEBUG_OUTPUT");
     const std::string utf8 = Utf16ToUtf8(text);
     if (sink == nullptr || *sink == '\0') {
-      if (IsDebuggerAttached()) WriteAll(STDERR_FILENO, utf8.data(), utf8.size());
+      if (IsDebuggerAttached()) WriteAll(2, utf8.data(), utf8.size());
     } else if (strcmp(sink, "stderr") == 0) {
-      WriteAll(STDERR_FILENO, utf8.data(), utf8.size());
+      WriteAll(2, utf8.data(), utf8.size());
     } else {
       AppendToFile(sink, utf8);
     }
@@ -130,7 +117,7 @@ void ReportEvent(const char16_t* title, std::u16string_view text) noexcept {
 
 uint32_t AskOperator(uint32_t session, std::u16string_view caption, std::u16string_view body) noexcept {
   (void)session;  // the controlling terminal is this process's operator
-  const int fd = open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
+  const int fd = OpenCloexec("/dev/tty", O_RDWR | O_NOCTTY);
   if (fd < 0) return kAnswerNone;
   uint32_t answer = kAnswerNone;
   try {
@@ -142,7 +129,7 @@ uint32_t AskOperator(uint32_t session, std::u16string_view caption, std::u16stri
       std::string line;
       char c;
       ssize_t n;
-      while ((n = read(fd, &c, 1)) == 1 && c != '\n') line += c;
+      while ((n = sys::read(fd, &c, 1)) == 1 && c != '\n') line += c;
       if (n < 0 && errno == EINTR) continue;
       size_t first = line.find_first_not_of(" \t\r");
       const char key = first == std::string::npos ? '\0' : static_cast<char>(tolower(line[first]));
@@ -154,7 +141,7 @@ uint32_t AskOperator(uint32_t session, std::u16string_view caption, std::u16stri
   } catch (...) {
     answer = kAnswerNone;
   }
-  close(fd);
+  sys::close(fd);
   return answer;
 }
 

@@ -16,6 +16,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <pwd.h>
+#include <signal.h>
 #include <sched.h>
 #include <spawn.h>
 #include <sys/file.h>
@@ -23,6 +24,7 @@
 #include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/socket.h>
 #include <sys/sysinfo.h>
 #include <sys/types.h>
 #include <sys/utsname.h>
@@ -141,7 +143,19 @@
     (node, service, hints, list), ::getaddrinfo, QZ_FAIL_RESULT)                                    \
   X(freeaddrinfo, void, (struct addrinfo * list), (list), ::freeaddrinfo, QZ_FAIL_VOID)             \
   X(getifaddrs, int, (struct ifaddrs * *list), (list), ::getifaddrs, QZ_FAIL_ERRNO(-1))             \
-  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)
+  X(freeifaddrs, void, (struct ifaddrs * list), (list), ::freeifaddrs, QZ_FAIL_VOID)             \
+  /* reporting, process identity */                                                             \
+  X(socket, int, (int domain, int type, int protocol), (domain, type, protocol), ::socket,          \
+    QZ_FAIL_ERRNO(-1))                                                                              \
+  X(connect, int, (int fd, const struct sockaddr* address, socklen_t length), (fd, address, length),\
+    ::connect, QZ_FAIL_ERRNO(-1))                                                                   \
+  X(send, ssize_t, (int fd, const void* buffer, size_t size, int flags), (fd, buffer, size, flags), \
+    ::send, QZ_FAIL_ERRNO(-1))                                                                      \
+  X(getpid, pid_t, (), (), ::getpid, QZ_FAIL_ERRNO(-1))                                             \
+  X(gettid, pid_t, (), (), ::gettid, QZ_FAIL_ERRNO(-1))                                             \
+  X(sched_yield, int, (), (), ::sched_yield, QZ_FAIL_ERRNO(-1))                                     \
+  X(raise, int, (int signal), (signal), ::raise, QZ_FAIL_ERRNO(-1))                                \
+  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))
 
 namespace qz::os::sys {
 
