@@ -7,13 +7,7 @@
 #include "frame/core_exception.h"
 #include "frame/global_data.h"
 #include "qzcore/qzlibrary.h"
-#if __has_include("qzcore/qzregistry.h")
 #include "qzcore/qzregistry.h"
-#else
-// Until the registry family lands on this branch.
-extern "C" __attribute__((weak)) QZRESULT QZRegistryGetValue(int32_t hive, const QZWCHAR* path, const QZWCHAR* name,
-                                                             uint32_t* type, void* data, uint32_t* size);
-#endif
 #include "qzcore/qzmutex.h"
 #include "sync/mutex_lifecycle.h"
 

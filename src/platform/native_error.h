@@ -29,6 +29,7 @@ inline constexpr uint32_t kErrorBrokenPipe = 109;
 inline constexpr uint32_t kErrorDiskFull = 112;
 inline constexpr uint32_t kErrorInsufficientBuffer = 122;
 inline constexpr uint32_t kErrorInvalidName = 123;
+inline constexpr uint32_t kErrorNegativeSeek = 131;
 inline constexpr uint32_t kErrorModNotFound = 126;
 inline constexpr uint32_t kErrorProcNotFound = 127;
 inline constexpr uint32_t kErrorDirNotEmpty = 145;
@@ -46,6 +47,9 @@ inline constexpr uint32_t kErrorArithmeticOverflow = 534;
 inline constexpr uint32_t kErrorTooManyPosts = 298;
 inline constexpr uint32_t kErrorOperationAborted = 995;
 inline constexpr uint32_t kErrorNoaccess = 998;
+inline constexpr uint32_t kErrorBadDb = 1009;             // the registry's file is damaged
+inline constexpr uint32_t kErrorRegistryIoFailed = 1016;  // the registry's file cannot be read or written
+inline constexpr uint32_t kErrorKeyDeleted = 1018;        // the open key was removed meanwhile
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kErrorCantResolveFilename = 1921;
 

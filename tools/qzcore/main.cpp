@@ -22,6 +22,18 @@ void Show(const std::string& call, const std::string& outcome) {
   std::printf("  %-52s -> %s\n", call.c_str(), outcome.c_str());
 }
 
+std::vector<HiddenCommand>& HiddenCommands() {
+  static std::vector<HiddenCommand> commands;
+  return commands;
+}
+
+int RunHiddenCommand(int argc, char** argv) {
+  for (const auto& command : HiddenCommands()) {
+    if (argc >= 2 && std::strcmp(argv[1], command.name) == 0) return command.run(argc - 2, argv + 2);
+  }
+  return -1;
+}
+
 std::string Hex(unsigned long value) {
   char text[32];
   std::snprintf(text, sizeof text, "0x%08lX", value);
@@ -68,6 +80,7 @@ void Usage(FILE* to) {
 }  // namespace qztool
 
 int main(int argc, char** argv) {
+  if (const int hidden = qztool::RunHiddenCommand(argc, argv); hidden >= 0) return hidden;
   static const QZLongOption options[] = {{"help", 0, 'h'}, {nullptr, 0, 0}};
   for (int32_t option; (option = QZGetOption(argc, argv, options, nullptr)) != -1;) {
     if (option == 'h') {

@@ -29,3 +29,26 @@ std::string Utf8(const char16_t* text);
 
 #define QZ_TOUR_STEP(order, title, fn) \
   static const ::qztool::TourRegistration qz_tour_registration_##fn({order, title, fn})
+
+namespace qztool {
+
+// A command the tour starts in a child of its own (`qzcore <name> ARGS...`, not in the usage text):
+// a step that shows two processes at work registers one. `run` gets the words after the name.
+struct HiddenCommand {
+  const char* name;
+  int (*run)(int argc, char** argv);
+};
+
+std::vector<HiddenCommand>& HiddenCommands();
+
+struct HiddenCommandRegistration {
+  explicit HiddenCommandRegistration(HiddenCommand command) { HiddenCommands().push_back(command); }
+};
+
+// The exit code of the hidden command named argv[1], or -1 when there is none of that name.
+int RunHiddenCommand(int argc, char** argv);
+
+}  // namespace qztool
+
+#define QZ_HIDDEN_COMMAND(name, fn) \
+  static const ::qztool::HiddenCommandRegistration qz_hidden_command_##fn({name, fn})

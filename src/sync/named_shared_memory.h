@@ -1,0 +1,24 @@
+// named_shared_memory.h - shared memory by name: open (create or join), views, close, and the
+// restricted security descriptor. The handle is the platform's own, with no object around it.
+#pragma once
+
+#include <cstdint>
+
+#include "qzcore/qznamed.h"
+
+namespace qz::core {
+
+// Opens "SHM:" + name as QZSharedMemOpen describes: stores the handle or -1 in *out and returns
+// QZ_S_CREATED, 0 or the failure. Never throws.
+QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size, QZSharedMemHandle* out) noexcept;
+
+// Maps the whole object with the view `access` asks for; *address untouched on failure.
+QZRESULT SharedMemAttach(QZSharedMemHandle shm, uint32_t access, void** address) noexcept;
+
+QZRESULT SharedMemDetach(void* address) noexcept;
+QZRESULT SharedMemClose(QZSharedMemHandle shm) noexcept;
+
+// The descriptor of QZWinBuildRestrictedSD: one allowed entry for Authenticated Users.
+QZRESULT BuildRestrictedSD(QZSecurityDescriptor* sd, uint32_t accessMask, void** aclOut) noexcept;
+
+}  // namespace qz::core
