@@ -1,6 +1,6 @@
 // component_internal_test.cpp - what the component model does when the system fails it: a random
-// source that fails or is interrupted, a loader that refuses to close; and the library's own key in
-// the module set across its stop and start.
+// source that fails or is interrupted, a loader that refuses to close; the library's own key in the
+// module set across its stop and start, and what the stop does with the class cache.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -13,6 +13,7 @@
 #include "platform/system_calls.h"
 #include "qzcore/qzcom.h"
 #include "qzcore/qzlibrary.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -65,6 +66,32 @@ TEST_F(ComponentSystem, TheLibraryIsInItsOwnSetWhileItRuns) {
   EXPECT_EQ(QZModuleSetInitialized(self, 1), 0);
   EXPECT_EQ(QZModuleLibClose(self, handle), 0);
   EXPECT_FALSE(qztest::IsMapped(qztest::kSamplePath));
+}
+
+TEST_F(ComponentSystem, TheStopReleasesCachedClassObjectsButClosesNoLibrary) {
+  qztest::TempDir dir;
+  qztest::ScopedEnv registry("QZCORE_REGISTRY_DIR", dir.path().c_str());
+  const QZGUID clsid = QZ_CLSID_SAMPLE_ADDER_INIT;
+  const QZGUID iid = QZ_IID_IQZCLASSFACTORY_INIT;
+  ASSERT_EQ(qztest::Register(clsid, qztest::kSamplePath), 0);
+  QZLibHandle ours = nullptr;
+  {
+    qztest::SampleCounters counters;
+    void* factory = nullptr;
+    ASSERT_EQ(QZComGetClassObject(&clsid, &iid, &factory), 0);
+    IQZUnknown_Release(static_cast<IQZUnknown*>(factory));
+    EXPECT_EQ(counters.factoryRefs(), 1);  // the cache's
+
+    // The unload hook: out of the module set, then the stop destroys the cache.
+    QZDllMain(nullptr, QZ_DLL_PROCESS_DETACH, nullptr);
+    EXPECT_EQ(counters.factoryRefs(), 0);
+    QZDllMain(nullptr, QZ_DLL_PROCESS_ATTACH, nullptr);
+    ours = counters.library;
+    counters.library = nullptr;  // closed below, by hand
+  }
+  // The cache's open was not closed: after our own close the library is still mapped.
+  ASSERT_EQ(QZLibClose(ours), 0);
+  EXPECT_TRUE(qztest::IsMapped(qztest::kSamplePath));
 }
 
 }  // namespace

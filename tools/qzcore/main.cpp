@@ -1,6 +1,6 @@
 // main.cpp - the qzcore command: `qzcore tour` walks through the library's families, `qzcore host
-// NAME` tells whether NAME is this computer. The command line is read with the library's own
-// option parser.
+// NAME` tells whether NAME is this computer, `qzcore com` registers and creates components. The
+// command line is read with the library's own option parser.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +8,7 @@
 
 #include "qzcore/qzgetopt.h"
 #include "qzcore/qzhost.h"
+#include "com_command.h"
 #include "qzcore.h"
 #include "tour.h"
 
@@ -73,6 +74,8 @@ void Usage(FILE* to) {
   std::fprintf(to,
                "usage: qzcore tour         walk through every family of the library\n"
                "       qzcore host NAME    tell whether NAME (a host name or address) is this computer\n"
+               "       qzcore com register CLSID PATH [PROGID]   register a component library\n"
+               "       qzcore com create CLSID|PROGID            create an object of a registered class\n"
                "       qzcore --help       show this text\n");
 }
 
@@ -94,6 +97,7 @@ int main(int argc, char** argv) {
   const char* command = operands >= 1 ? argv[QZGetOptionIndex] : "";
   if (operands == 1 && std::strcmp(command, "tour") == 0) return qztool::RunTour();
   if (operands == 2 && std::strcmp(command, "host") == 0) return qztool::RunHost(argv[QZGetOptionIndex + 1]);
+  if (std::strcmp(command, "com") == 0) return qztool::RunCom(operands, argv + QZGetOptionIndex);
   qztool::Usage(stderr);
   return 2;
 }
