@@ -10,8 +10,9 @@
 
 namespace qz::os {
 
-std::string Utf16ToUtf8(std::u16string_view text);
-std::u16string Utf8ToUtf16(std::string_view text);
+// Named for what sets them apart from the strict conversions of the text family: they never fail.
+std::string Utf16ToUtf8Replacing(std::u16string_view text);
+std::u16string Utf8ToUtf16Replacing(std::string_view text);
 
 // Length of a NUL-terminated 16-bit string.
 inline size_t Utf16Length(const char16_t* text) noexcept {

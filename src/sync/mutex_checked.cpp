@@ -5,7 +5,7 @@
 #include "platform/process_info.h"
 #include "platform/ticks.h"
 
-int64_t g_tickFrequency = 0;
+std::atomic<int64_t> g_tickFrequency{0};
 
 namespace {
 
@@ -20,16 +20,18 @@ int64_t CurrentTicks() noexcept {
 // value * 1000000 / g_tickFrequency, multiplying first. The product is kept in 128 bits, so the
 // figures stay right for holds that add up to far more than the 64-bit product would allow.
 int64_t TicksToMicroseconds(int64_t value) noexcept {
-  return static_cast<int64_t>(static_cast<__int128>(value) * 1000000 / g_tickFrequency);
+  return static_cast<int64_t>(static_cast<__int128>(value) * 1000000 / g_tickFrequency.load(std::memory_order_relaxed));
 }
 
 }  // namespace
 
 CQZCoreMutexChecked::CQZCoreMutexChecked(std::string name, uint32_t flags)
     : CQZCoreMutexImpl(std::move(name), flags) {
-  if (g_tickFrequency == 0) {
+  // Several threads may store it at once, always the same value.
+  if (g_tickFrequency.load(std::memory_order_relaxed) == 0) {
     int64_t frequency;
-    g_tickFrequency = qz::os::QueryPerformanceFrequency(&frequency) ? frequency : 1000;
+    g_tickFrequency.store(qz::os::QueryPerformanceFrequency(&frequency) ? frequency : 1000,
+                          std::memory_order_relaxed);
   }
 }
 

@@ -42,4 +42,4 @@ class CQZCoreMutexChecked : public CQZCoreMutexImpl {
 };
 
 // Ticks per second of the statistics clock; 0 until the first checked mutex is built.
-extern int64_t g_tickFrequency;
+extern std::atomic<int64_t> g_tickFrequency;

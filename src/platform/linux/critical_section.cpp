@@ -66,7 +66,7 @@ void CriticalSection::Enter() noexcept {
   }
 }
 
-void CriticalSection::EnterBusy() noexcept {
+__attribute__((noinline)) void CriticalSection::EnterBusy() noexcept {
   pthread_mutex_t* mutex = Native(m_native);
   // The word is taken. By this thread: a recursive enter, which never waits.
   if (__atomic_load_n(&mutex->__data.__owner, __ATOMIC_RELAXED) == static_cast<int>(GetCurrentThreadId())) {
@@ -87,7 +87,7 @@ void CriticalSection::Enter() noexcept {
   if (__builtin_expect(!TryLock(Native(m_native)), 0)) EnterBusy();
 }
 
-void CriticalSection::EnterBusy() noexcept {
+__attribute__((noinline)) void CriticalSection::EnterBusy() noexcept {
   m_contention.fetch_add(1, std::memory_order_relaxed);
   for (uint32_t i = 0; i < m_spinCount; ++i) {
     CpuRelax();

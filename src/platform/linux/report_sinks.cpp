@@ -87,7 +87,7 @@ std::string SyslogLine(std::string_view ident, uint32_t pid, std::time_t when, s
 void OutputDebugText(std::u16string_view text) noexcept {
   try {
     const char* sink = getenv("QZCORE_DEBUG_OUTPUT");
-    const std::string utf8 = Utf16ToUtf8(text);
+    const std::string utf8 = Utf16ToUtf8Replacing(text);
     if (sink == nullptr || *sink == '\0') {
       if (IsDebuggerAttached()) WriteAll(2, utf8.data(), utf8.size());
     } else if (strcmp(sink, "stderr") == 0) {
@@ -102,8 +102,8 @@ void OutputDebugText(std::u16string_view text) noexcept {
 
 void ReportEvent(const char16_t* title, std::u16string_view text) noexcept {
   try {
-    const std::string titleUtf8 = title != nullptr ? Utf16ToUtf8(std::u16string_view(title)) : std::string();
-    const std::string textUtf8 = Utf16ToUtf8(text);
+    const std::string titleUtf8 = title != nullptr ? Utf16ToUtf8Replacing(std::u16string_view(title)) : std::string();
+    const std::string textUtf8 = Utf16ToUtf8Replacing(text);
     const char* path = getenv("QZCORE_EVENT_LOG");
     if (path != nullptr && *path != '\0') {
       AppendToFile(path, EscapeEventField(titleUtf8) + "\t" + EscapeEventField(textUtf8) + "\n");
@@ -121,7 +121,7 @@ uint32_t AskOperator(uint32_t session, std::u16string_view caption, std::u16stri
   if (fd < 0) return kAnswerNone;
   uint32_t answer = kAnswerNone;
   try {
-    const std::string text = "\n*** " + Utf16ToUtf8(caption) + " ***\n" + Utf16ToUtf8(body) + "\n";
+    const std::string text = "\n*** " + Utf16ToUtf8Replacing(caption) + " ***\n" + Utf16ToUtf8Replacing(body) + "\n";
     WriteAll(fd, text.data(), text.size());
     static constexpr char kPrompt[] = "[A]bort, [R]etry, [I]gnore? ";
     for (;;) {
