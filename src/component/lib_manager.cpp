@@ -9,7 +9,7 @@
 #include "text/ansi_string.h"
 
 void CQZLibManager::Open(const QZWCHAR* path, QZLibHandle* result) {
-  const std::string utf8 = qz::os::Utf16ToUtf8(path);
+  const std::string utf8 = qz::os::Utf16ToUtf8Replacing(path);
   void* handle = qz::os::LoadLibrary(utf8.c_str());
   if (handle == nullptr) qz::core::ThrowLastError();
   *result = handle;

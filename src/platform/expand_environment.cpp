@@ -21,9 +21,9 @@ uint32_t ExpandEnvironmentStrings(const char16_t* source, size_t sourceUnits, ch
         out += in[i++];
         continue;
       }
-      const std::string name = Utf16ToUtf8(std::u16string_view(in).substr(i + 1, close - i - 1));
+      const std::string name = Utf16ToUtf8Replacing(std::u16string_view(in).substr(i + 1, close - i - 1));
       if (const char* value = std::getenv(name.c_str())) {
-        out += Utf8ToUtf16(value);
+        out += Utf8ToUtf16Replacing(value);
         i = close + 1;
       } else {
         out.append(in, i, close - i);  // the next "%" may open a reference of its own

@@ -38,7 +38,7 @@ uint64_t Ticks(const struct statx_timestamp& t) noexcept {
 // Describes `name` in the directory `dirFd` (AT_FDCWD: from the current directory). An entry that
 // vanished since it was listed keeps its name and no figures.
 void Describe(int dirFd, const char* name, FindData* data) {
-  data->name = Utf8ToUtf16(name);
+  data->name = Utf8ToUtf16Replacing(name);
   data->attributes = kAttributeNormal;
   data->size = data->createTime = data->accessTime = data->writeTime = 0;
   struct statx st;
@@ -156,7 +156,7 @@ FindHandle FindFirstFile(const std::u16string& pattern, FindData* data) noexcept
       return kInvalidFind;
     }
     Describe(AT_FDCWD, text.c_str(), data);
-    data->name = Utf8ToUtf16(LastPart(text));
+    data->name = Utf8ToUtf16Replacing(LastPart(text));
     return reinterpret_cast<FindHandle>(new Search{});
   } catch (const std::bad_alloc&) {
     SetLastError(kErrorOutOfMemory);
@@ -251,7 +251,7 @@ uint32_t GetFullPathName(const char16_t* path, uint32_t size, char16_t* buffer) 
         SetLastErrorFromErrno(errno);
         return 0;
       }
-      full = Utf8ToUtf16(cwd) + u'/' + full;
+      full = Utf8ToUtf16Replacing(cwd) + u'/' + full;
     }
     full = Normalise(full);
     const auto length = static_cast<uint32_t>(full.size());

@@ -323,7 +323,7 @@ std::u16string GetTempPath() noexcept {
     const char* tmpdir = std::getenv("TMPDIR");
     std::string dir = tmpdir != nullptr && *tmpdir != '\0' ? tmpdir : "/tmp";
     if (dir.back() != '/') dir += '/';
-    return Utf8ToUtf16(dir);
+    return Utf8ToUtf16Replacing(dir);
   } catch (const std::bad_alloc&) {
     SetLastError(kErrorOutOfMemory);
     return std::u16string();
@@ -336,14 +336,14 @@ std::u16string GetTempFileName(const std::u16string& directory, const char16_t* 
       SetLastError(kErrorPathNotFound);
       return std::u16string();
     }
-    std::string pattern = Utf16ToUtf8(directory) + Utf16ToUtf8(prefix) + "XXXXXX";
+    std::string pattern = Utf16ToUtf8Replacing(directory) + Utf16ToUtf8Replacing(prefix) + "XXXXXX";
     const int fd = sys::mkostemp(pattern.data(), O_CLOEXEC);
     if (fd < 0) {
       SetLastErrorFromPathErrno(errno, pattern.c_str());
       return std::u16string();
     }
     sys::close(fd);
-    return Utf8ToUtf16(pattern);
+    return Utf8ToUtf16Replacing(pattern);
   } catch (const std::bad_alloc&) {
     SetLastError(kErrorOutOfMemory);
     return std::u16string();

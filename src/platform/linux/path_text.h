@@ -18,7 +18,7 @@ class PathText {
  public:
   explicit PathText(const char16_t* path) noexcept {
     try {
-      if (path != nullptr) m_text = Utf16ToUtf8(std::u16string_view(path, Utf16Length(path)));
+      if (path != nullptr) m_text = Utf16ToUtf8Replacing(std::u16string_view(path, Utf16Length(path)));
       m_ok = true;
     } catch (const std::bad_alloc&) {
       SetLastError(kErrorOutOfMemory);

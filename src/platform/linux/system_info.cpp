@@ -147,7 +147,7 @@ bool GetUserName(char16_t* buffer, uint32_t* size) noexcept {
     }
     // A user id the database does not know (common in containers) goes by its number.
     const std::u16string name =
-        Utf8ToUtf16(found != nullptr ? std::string(found->pw_name) : std::to_string(uid));
+        Utf8ToUtf16Replacing(found != nullptr ? std::string(found->pw_name) : std::to_string(uid));
     const auto needed = static_cast<uint32_t>(name.size() + 1);
     if (*size < needed) {
       *size = needed;
