@@ -44,7 +44,7 @@ int Register(const char* clsidText, const char* path, const char* progId) {
   QZComStringFromGUID(&clsid, text, QZ_GUID_STRING_LENGTH + 1);
   QZRESULT result = SetDefault(u"CLSID\\" + std::u16string(text) + u"\\InprocServer32", Wide(path));
   if (result >= 0 && progId != nullptr) result = SetDefault(Wide(progId) + u"\\CLSID", text);
-  return Report((Utf8(text) + " registered").c_str(), result);
+  return Report(("register " + Utf8(text)).c_str(), result);
 }
 
 int Create(const char* name) {
@@ -57,7 +57,7 @@ int Create(const char* name) {
           ? QZComCreateObject(&clsid, nullptr, &unknown, reinterpret_cast<void**>(&object))
           : QZComCreateObjectByProgID(wide.c_str(), nullptr, &unknown, reinterpret_cast<void**>(&object));
   if (result >= 0 && object != nullptr) IQZUnknown_Release(object);
-  return Report((std::string(name) + " created").c_str(), result);
+  return Report((std::string("create ") + name).c_str(), result);
 }
 
 }  // namespace
