@@ -90,8 +90,8 @@ constexpr const char* kStatements[kStmtCount] = {
     "SELECT 1 FROM keys WHERE parent=?1 LIMIT 1",
     "DELETE FROM vals WHERE key=?1",
     "DELETE FROM keys WHERE id=?1",
-    "SELECT name, path FROM keys WHERE parent=?1 ORDER BY path LIMIT 1 OFFSET ?2",
-    "SELECT name, path FROM keys WHERE parent=?1 AND path>?2 ORDER BY path LIMIT 1",
+    "SELECT name, path FROM keys WHERE parent=?1 ORDER BY path LIMIT 64 OFFSET ?2",
+    "SELECT name, path FROM keys WHERE parent=?1 AND path>?2 ORDER BY path LIMIT 64",
     "SELECT id, name, type, data FROM vals WHERE key=?1 ORDER BY id LIMIT 1 OFFSET ?2",
     "SELECT id, name, type, data FROM vals WHERE key=?1 AND id>?2 ORDER BY id LIMIT 1",
     "PRAGMA data_version",
@@ -280,6 +280,7 @@ class CStoreFile {
   uint64_t Version();
 
   const std::string& Path() const { return m_path; }
+  uint64_t LocalCommits() const { return m_localCommits; }
 
  private:
   uint32_t Open();
@@ -301,6 +302,9 @@ uint32_t CStoreFile::Connect() {
   if (m_db != nullptr) {
     // A forked child: the parent's connection and its locks belong to the parent. It is dropped
     // without closing, since a close here could checkpoint or unlink under the parent's feet.
+    // It stays reachable, so that leak checkers of the child do not report it.
+    static std::vector<sqlite3*>* s_abandoned = new std::vector<sqlite3*>;
+    s_abandoned->push_back(m_db);
     m_db = nullptr;
     for (auto& stmt : m_stmts) stmt = nullptr;
   }
@@ -494,8 +498,11 @@ struct CEnumCursor {
   bool valid = false;      // the fields below describe the last answer
   uint32_t index = 0;      // index of the last answer
   uint64_t version = 0;    // the file's version when it was given
+  uint64_t local = 0;      // this process's commits when it was given
   std::string lastPath;    // subkeys: folded path of the last answer
   int64_t lastId = 0;      // values: row of the last answer
+  std::vector<std::pair<std::string, std::string>> batch;  // subkeys: names and paths read ahead
+  size_t next = 0;         // the next of `batch` to give
 };
 
 struct COpenKey {
@@ -853,32 +860,49 @@ uint32_t RegEnumKeyEx(RegKey key, uint32_t index, char16_t* name, uint32_t* leng
     std::lock_guard<std::mutex> hold(file.m_lock);
     error = file.Connect();
     if (error != kErrorSuccess) return error;
-    // The next index of an unchanged store continues from the last name; anything else counts.
+    // Subkeys are read 64 at a time. The next index is served from that batch while this process
+    // has written nothing; otherwise, or at the batch's end, the store is asked again: from the
+    // last name when no process has written since, else counting from the start.
     CEnumCursor& cursor = open->keys;
-    const uint64_t version = file.Version();
-    sqlite3_stmt* stmt;
-    if (cursor.valid && cursor.version == version && index == cursor.index + 1) {
-      stmt = file.Statement(kChildAfter);
-      sqlite3_bind_int64(stmt, 1, open->id);
-      sqlite3_bind_text(stmt, 2, cursor.lastPath.data(), static_cast<int>(cursor.lastPath.size()), SQLITE_STATIC);
-    } else {
-      stmt = file.Statement(kChildAt);
-      sqlite3_bind_int64(stmt, 1, open->id);
-      sqlite3_bind_int64(stmt, 2, index);
-    }
-    const int rc = file.Step(stmt);
-    if (rc != SQLITE_ROW) {
+    const bool following = cursor.valid && index == cursor.index + 1;
+    if (!following || cursor.local != file.LocalCommits() || cursor.next >= cursor.batch.size()) {
+      const uint64_t version = file.Version();
+      sqlite3_stmt* stmt;
+      if (following && cursor.version == version) {
+        stmt = file.Statement(kChildAfter);
+        sqlite3_bind_int64(stmt, 1, open->id);
+        sqlite3_bind_text(stmt, 2, cursor.lastPath.data(), static_cast<int>(cursor.lastPath.size()), SQLITE_STATIC);
+      } else {
+        stmt = file.Statement(kChildAt);
+        sqlite3_bind_int64(stmt, 1, open->id);
+        sqlite3_bind_int64(stmt, 2, index);
+      }
+      cursor.batch.clear();
+      cursor.next = 0;
+      int rc;
+      while ((rc = file.Step(stmt)) == SQLITE_ROW) {
+        cursor.batch.emplace_back(
+            std::string(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)), static_cast<size_t>(sqlite3_column_bytes(stmt, 0))),
+            std::string(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1)), static_cast<size_t>(sqlite3_column_bytes(stmt, 1))));
+      }
       sqlite3_reset(stmt);
-      cursor.valid = false;
-      return rc == SQLITE_DONE ? kErrorNoMoreItems : ErrorFromSqlite(rc);
+      if (rc != SQLITE_DONE) {
+        cursor.valid = false;
+        cursor.batch.clear();
+        return ErrorFromSqlite(rc);
+      }
+      cursor.version = version;
+      cursor.local = file.LocalCommits();
     }
-    error = DeliverName(sqlite3_column_text(stmt, 0), sqlite3_column_bytes(stmt, 0), name, length);
-    cursor.lastPath.assign(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 1)),
-                           static_cast<size_t>(sqlite3_column_bytes(stmt, 1)));
+    if (cursor.next >= cursor.batch.size()) {
+      cursor.valid = false;
+      return kErrorNoMoreItems;
+    }
+    const auto& [text, path] = cursor.batch[cursor.next++];
+    error = DeliverName(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()), name, length);
+    cursor.lastPath = path;
     cursor.valid = true;
     cursor.index = index;
-    cursor.version = version;
-    sqlite3_reset(stmt);
     return error;
   });
 }

@@ -1,6 +1,7 @@
 // exports.cpp - the registry family's exports: the platform's registry and the migration.
 #include "qzcore/qzregistry.h"
 #include "registry/native_registry.h"
+#include "registry/reg_key.h"
 
 extern "C" {
 
@@ -40,5 +41,9 @@ QZ_API QZRESULT QZRegistryEnumNextValue(QZRegEnumHandle handle, QZWCHAR* name, u
 }
 
 QZ_API QZRESULT QZRegistryCloseEnum(QZRegEnumHandle handle) { return qz::core::RegistryCloseEnum(handle); }
+
+QZ_API QZRESULT QZRegistryMigrate(uint32_t from, void* reserved1, uint32_t to, void* reserved2) {
+  return qz::core::RegistryMigrate(from, to);
+}
 
 }  // extern "C"

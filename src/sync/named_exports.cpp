@@ -1,8 +1,8 @@
 // named_exports.cpp - the exported functions of the named objects: named semaphores, shared
 // memory and the restricted security descriptor.
 //
-// The semaphore open runs in the create frame; the other semaphore exports dispatch to the object
-// with no test of the handle. The shared-memory exports are a line over their operations.
+// The opens and the semaphore operations run in the export frame (an open stores -1 first); the
+// handle is not tested. The other exports are a line over their operations.
 #include <cstdlib>
 #include <memory>
 
@@ -59,7 +59,8 @@ QZ_API QZRESULT QZNamedSemGetValue(QZSemaphoreHandle, int32_t* value) {
 
 QZ_API QZRESULT QZSharedMemOpen(const char* name, uint32_t flags, uint32_t, uint32_t size,
                                 QZSharedMemHandle* out) {
-  return qz::core::SharedMemOpen(name, flags, size, out);
+  qz::core::StoreInvalidHandle(out);
+  return QZExportFrame([&] { return qz::core::SharedMemOpen(name, flags, size, out); });
 }
 
 QZ_API QZRESULT QZSharedMemAttach(QZSharedMemHandle shm, uint32_t access, void** address) {

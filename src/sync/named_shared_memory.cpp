@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <string>
 
 #include "frame/core_exception.h"
@@ -22,8 +21,7 @@ QZRESULT LastResult() noexcept { return ResultFromNative(qz::os::GetLastError())
 
 }  // namespace
 
-QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size,
-                       QZSharedMemHandle* out) noexcept {
+QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size, QZSharedMemHandle* out) {
   *out = -1;
   qz::os::NamedObjectRequest request;
   request.create = (flags & kCreatePath) != 0;
@@ -32,13 +30,9 @@ QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size,
   request.size = size;
   if (request.create && size == 0) return ResultFromNative(qz::os::kErrorInvalidParameter);
   qz::os::NamedObjectOpen opened;
-  try {
-    if (!qz::os::OpenNamedObject("SHM:" + std::string(name != nullptr ? name : ""), request,
-                                 &opened)) {
-      return LastResult();
-    }
-  } catch (const std::bad_alloc&) {
-    return QZ_E_OUTOFMEMORY;
+  if (!qz::os::OpenNamedObject("SHM:" + std::string(name != nullptr ? name : ""), request,
+                               &opened)) {
+    return LastResult();
   }
   const bool existed = request.create && !opened.created;
   if (existed && (flags & kCreatePath) == kCreatePath) {

@@ -9,8 +9,8 @@
 namespace qz::core {
 
 // Opens "SHM:" + name as QZSharedMemOpen describes: stores the handle or -1 in *out and returns
-// QZ_S_CREATED, 0 or the failure. Never throws.
-QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size, QZSharedMemHandle* out) noexcept;
+// QZ_S_CREATED, 0 or the failure. Throws std::bad_alloc when the object name cannot be formed.
+QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size, QZSharedMemHandle* out);
 
 // Maps the whole object with the view `access` asks for; *address untouched on failure.
 QZRESULT SharedMemAttach(QZSharedMemHandle shm, uint32_t access, void** address) noexcept;

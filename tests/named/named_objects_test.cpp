@@ -341,43 +341,6 @@ TEST_F(Named, AWaiterKilledWhileWaitingWedgesNobody) {
   EXPECT_EQ(QZNamedSemClose(sem), 0);
 }
 
-TEST_F(Named, ConcurrentOpenersAgreeOnOneObject) {
-  // Threads open and close the same name over and over. Each holder counts itself in the memory:
-  // a joiner that reached another object than the live one, or a creator that wiped a live one,
-  // shows as a count that goes negative or a created object that was not zero.
-  constexpr int kThreads = 4;
-  constexpr int kRounds = 150;
-  std::atomic<int> faults{0}, created{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < kRounds; ++round) {
-        QZSharedMemHandle shm = -1;
-        const QZRESULT status = QZSharedMemOpen(m_name.c_str(), QZ_SHM_CREATE, 0, 64, &shm);
-        void* view = nullptr;
-        if (status < 0 || QZSharedMemAttach(shm, QZ_SHM_WRITE, &view) != 0) {
-          ++faults;
-          continue;
-        }
-        auto* holders = static_cast<std::atomic<int>*>(view);
-        const int before = holders->fetch_add(1);
-        if (status == QZ_S_CREATED) {
-          ++created;
-          if (before != 0) ++faults;
-        }
-        if (before < 0) ++faults;
-        std::this_thread::yield();
-        if (holders->fetch_sub(1) < 1) ++faults;
-        QZSharedMemDetach(view);
-        QZSharedMemClose(shm);
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(faults.load(), 0);
-  EXPECT_GE(created.load(), 1);
-}
-
 TEST(RestrictedDescriptor, OneEntryForAuthenticatedUsers) {
   QZSecurityDescriptor sd;
   std::memset(&sd, 0xAB, sizeof sd);

@@ -148,6 +148,17 @@ TEST_F(NativeRegistry, EnumerationMovesOnEvenWhenAnEntryDoesNotFit) {
   EXPECT_EQ(QZRegistryCloseEnum(e), 0);
   EXPECT_EQ(QZRegistryCloseEnum(nullptr), 0);
 
+  // A change during the walk moves the entries under the index: each call sees the store as it is.
+  ASSERT_EQ(QZRegistryOpenKeyEnum(QZ_HKEY_CONFIG, u"E", &e), 0);
+  uint32_t size = 16;
+  EXPECT_EQ(QZRegistryEnumNextKey(e, name, &size), 0);
+  EXPECT_EQ(std::u16string(name), u"a");
+  ASSERT_EQ(QZRegistryDeleteKey(QZ_HKEY_CONFIG, u"E\\a"), 0);
+  size = 16;
+  EXPECT_EQ(QZRegistryEnumNextKey(e, name, &size), 0);
+  EXPECT_EQ(std::u16string(name), u"c");  // index 1 now
+  QZRegistryCloseEnum(e);
+
   // Opening: a missing key is a general failure for subkeys and "not found" for values.
   e = reinterpret_cast<QZRegEnumHandle>(1);
   EXPECT_EQ(QZRegistryOpenKeyEnum(QZ_HKEY_CONFIG, u"E\\none", &e), QZ_E_FAIL);
@@ -301,6 +312,11 @@ TEST_F(NativeRegistry, HostilePathsAndNames) {
   EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CLASSES, u"", u"", nullptr, buffer, nullptr), QZ_E_FAIL);
   EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"x", QZ_REG_BINARY, nullptr, 4), QZ_E_FAIL);
   EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"x", QZ_REG_BINARY, nullptr, 0), 0);
+  // Sizes no row can hold are refused before the data is touched.
+  EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"huge", QZ_REG_BINARY, buffer, 0x80000000u), QZ_E_FAIL);
+  EXPECT_EQ(QZRegistrySetValue(QZ_HKEY_CLASSES, u"", u"huge", QZ_REG_BINARY, buffer, 0xFFFFFFFFu), QZ_E_FAIL);
+  uint32_t size = 0;
+  EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CLASSES, u"", u"huge", nullptr, nullptr, &size), QZ_E_FILE_NOT_FOUND);
 }
 
 TEST_F(NativeRegistry, LargeValuesRoundTrip) {

@@ -136,6 +136,25 @@ TEST(RegistryProcesses, KilledWriterLosesNothingCommitted) {
   EXPECT_LE(keys.size(), committed.size() + 1);
 }
 
+// A forked child leaves its parent's connection alone and works through one of its own.
+TEST(RegistryProcesses, ForkedChildUsesTheStoreBesideItsParent) {
+  qztest::TempDir dir;
+  qztest::ScopedEnv env("QZCORE_REGISTRY_DIR", dir.path().c_str());
+  ASSERT_EQ(SetString(QZ_HKEY_USER, u"Fork", u"parent", u"1"), 0);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const bool ok = GetString(QZ_HKEY_USER, u"Fork", u"parent") == u"1" &&
+                    SetString(QZ_HKEY_USER, u"Fork", u"child", u"2") == 0;
+    _exit(ok ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(pid, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  EXPECT_EQ(GetString(QZ_HKEY_USER, u"Fork", u"child"), u"2");
+  EXPECT_EQ(SetString(QZ_HKEY_USER, u"Fork", u"after", u"3"), 0);
+  EXPECT_EQ(qztest::ValueNames(QZ_HKEY_USER, u"Fork"), (std::vector<std::u16string>{u"parent", u"child", u"after"}));
+}
+
 TEST(RegistryProcesses, StoreDescriptorsAreCloseOnExec) {
   qztest::TempDir dir;
   qztest::ScopedEnv env("QZCORE_REGISTRY_DIR", dir.path().c_str());

@@ -74,6 +74,7 @@ void Usage(FILE* to) {
   std::fprintf(to,
                "usage: qzcore tour         walk through every family of the library\n"
                "       qzcore host NAME    tell whether NAME (a host name or address) is this computer\n"
+               "       qzcore reg ...      query, add, delete, import and export registry keys (reg alone: help)\n"
                "       qzcore com register CLSID PATH [PROGID]   register a component library\n"
                "       qzcore com create CLSID|PROGID            create an object of a registered class\n"
                "       qzcore --help       show this text\n");
