@@ -19,5 +19,7 @@
 #include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
 #include "qzcore/qzregistry.h"
+#include "qzcore/qzcom.h"
+#include "qzcore/qzlibrary.h"
 
 #endif /* QZCORE_H */

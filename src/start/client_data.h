@@ -4,6 +4,8 @@
 // reach it through CQZGlobalData::m_clientData, and nothing else in a family includes this header.
 #pragma once
 
+#include "component/factory_manager.h"
+#include "component/lib_manager.h"
 #include "frame/ref_counted.h"
 #include "thread/process_manager.h"
 
@@ -15,4 +17,6 @@ class CQZClientData : public CQZCoreRefCounted {
   ~CQZClientData() override;
 
   CQZProcessManager m_processManager;  // child processes; built first of the managers
+  CQZLibManager m_libManager;          // loading and searching libraries (stateless)
+  CQZFactoryManager m_factoryManager;  // the class-object cache
 };

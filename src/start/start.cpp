@@ -8,11 +8,13 @@
 
 #include <clocale>
 
+#include "component/module_manager.h"
 #include "frame/error_report.h"
 #include "frame/export_frame.h"
 #include "frame/global_data.h"
 #include "frame/task_allocator.h"
 #include "platform/load_hook.h"
+#include "qzcore/qzlibrary.h"
 #include "qzcore/qzmutex.h"
 #include "start/client_data.h"
 #include "sync/lock_stat_manager.h"
@@ -39,7 +41,7 @@ QZRESULT BuildGlobalData() {
   }
   CQZGlobalData::m_debugMutex = cell;
   qz::core::SetReportLock(qz::core::PlatformLockOf(*cell));
-  // The module set joins here (step 4), before the client data.
+  CQZGlobalData::m_moduleManager = new CQZModuleManager();
   CQZGlobalData::m_clientData = new CQZClientData();
   return QZ_S_OK;
 }
@@ -50,7 +52,10 @@ void DestroyGlobalData() noexcept {
       delete CQZGlobalData::m_clientData;
       CQZGlobalData::m_clientData = nullptr;
     }
-    // The module set is destroyed here, after the client data.
+    if (CQZGlobalData::m_moduleManager != nullptr) {
+      delete CQZGlobalData::m_moduleManager;
+      CQZGlobalData::m_moduleManager = nullptr;
+    }
     if (CQZGlobalData::m_debugMutex != nullptr) {
       qz::core::SetReportLock(nullptr);
       QZMutexDestroy(*CQZGlobalData::m_debugMutex);
@@ -102,9 +107,9 @@ int32_t QZDllMain(void* moduleHandle, uint32_t reason, void*) noexcept {
   if (reason == QZ_DLL_PROCESS_ATTACH) {
     g_moduleHandle = moduleHandle;
     QZLibraryStart();
-    // The library enters itself in the module set here once the set exists.
+    QZModuleSetInitialized(reinterpret_cast<uintptr_t>(g_moduleId), 1);
   } else if (reason == QZ_DLL_PROCESS_DETACH) {
-    // ... and leaves it here, before the stop.
+    QZModuleSetInitialized(reinterpret_cast<uintptr_t>(g_moduleId), 0);
     QZLibraryStop();
   }
   return 1;

@@ -1,0 +1,52 @@
+// library.cpp - shared libraries through the dynamic loader (dlopen, dlsym, dlclose) and random
+// bytes from getrandom, for Linux with glibc.
+//
+// The loader sets no errno: its failures are given the first platform's numbers here, 126 for a
+// library that cannot be loaded and 127 for a missing entry point.
+#include "platform/library.h"
+
+#include <cerrno>
+#include <cstdint>
+
+#include "errno_map.h"
+#include "io.h"
+#include "platform/last_error.h"
+#include "platform/native_error.h"
+#include "syscalls.h"
+
+namespace qz::os {
+
+void* LoadLibrary(const char* utf8Path) noexcept {
+  // The loader takes an empty name for the main program; the first platform loads nothing for it.
+  void* handle = utf8Path[0] == '\0' ? nullptr : sys::dlopen(utf8Path, RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) SetLastError(kErrorModNotFound);
+  return handle;
+}
+
+bool FreeLibrary(void* handle) noexcept {
+  if (sys::dlclose(handle) == 0) return true;
+  SetLastError(kErrorInvalidHandle);
+  return false;
+}
+
+void* GetProcAddress(void* handle, const char* name) noexcept {
+  void* address = sys::dlsym(handle, name);
+  if (address == nullptr) SetLastError(kErrorProcNotFound);
+  return address;
+}
+
+bool FillRandom(void* buffer, size_t size) noexcept {
+  auto* bytes = static_cast<uint8_t*>(buffer);
+  while (size > 0) {
+    const ssize_t got = RetryOnEintr([&] { return sys::getrandom(bytes, size, 0); });
+    if (got < 0) {
+      SetLastErrorFromErrno(errno);
+      return false;
+    }
+    bytes += got;
+    size -= static_cast<size_t>(got);
+  }
+  return true;
+}
+
+}  // namespace qz::os
