@@ -32,6 +32,7 @@ class Monitor {
   Monitor& operator=(const Monitor&) = delete;
 
   void Enter() noexcept;
+  // A Leave by a thread that does not hold the lock changes nothing.
   void Leave() noexcept;
   // True when woken (or spuriously); false with the last error set: 1460 (timeout) when the time
   // ran out, the translation of the system's refusal otherwise (a caller that does not hold the

@@ -187,6 +187,30 @@ TEST_F(LockStats, PathThatCannotBeOpenedFailsAndFreesTheRegister) {
   EXPECT_EQ(other.get(), 0);
 }
 
+// Run as a child: the process ends while it holds a statistics mutex, so the stop ends its life.
+TEST(LockStatsChild, EndsHoldingAStatisticsMutex) {
+  if (!qztest::IsChild()) GTEST_SKIP() << "runs as a child of LockStats.MutexesHeldWhenTheirLivesEnd";
+  QZMutexHandle m = nullptr;
+  ASSERT_EQ(QZMutexCreate("held at the stop", QZ_MUTEX_STATS, &m), 0);
+  ASSERT_EQ(QZMutexAcquire(m), 0);
+}
+
+// A mutex may still be held when the register ends its life: by a reset after its user destroyed
+// it without releasing it, or by the stop. Neither ends the process.
+TEST_F(LockStats, MutexesHeldWhenTheirLivesEnd) {
+  if (qztest::kThreadSanitizer) GTEST_SKIP() << "ThreadSanitizer reports the deliberate end of a held lock";
+  const QZMutexHandle held = Make("held");
+  ASSERT_EQ(QZMutexAcquire(held), 0);
+  ASSERT_EQ(QZMutexDestroy(held), 0);
+  EXPECT_EQ(QZResetLockStats(), 0);
+  ASSERT_EQ(QZDumpLockStats("after", nullptr), 0);
+  EXPECT_TRUE(BlockRows(Lines(ReadFile(m_dir.File("qzlockstats.csv"))), 0, "after").empty());
+
+  const auto child = qztest::RunSelf("LockStatsChild.EndsHoldingAStatisticsMutex");
+  EXPECT_EQ(child.exitCode, 0) << child.out << child.err;
+  EXPECT_NE(child.out.find("[  PASSED  ] 1 test"), std::string::npos) << child.out;
+}
+
 // Dumps and resets while other threads use the mutexes: the figures are read without their locks.
 // The hold measured around a sleep checks the statistics clock against the steady clock.
 TEST_F(LockStats, BusyMutexesAreDumpedWithoutTheirLocks) {

@@ -271,6 +271,23 @@ TEST(Condition, MonitorWithPredicate) {
   if (!qztest::kThreadSanitizer) {
     EXPECT_EQ(QZConditionTimedWait(condition, 10), QZ_E_ACCESSDENIED);
   }
+  // A release by a thread that holds nothing is let pass: 0, and the lock stays as it was.
+  if (!qztest::kThreadSanitizer) {
+    EXPECT_EQ(QZConditionRelease(condition), 0);  // nobody holds it
+    ASSERT_EQ(QZConditionAcquire(condition), 0);
+    entered = false;
+    std::thread intruder([&] {
+      EXPECT_EQ(QZConditionRelease(condition), 0);  // this thread's lock, not the intruder's
+      QZConditionAcquire(condition);
+      entered = true;
+      QZConditionRelease(condition);
+    });
+    Pause();
+    EXPECT_FALSE(entered.load());
+    ASSERT_EQ(QZConditionRelease(condition), 0);
+    intruder.join();
+    EXPECT_TRUE(entered.load());
+  }
 
   // Broadcast wakes every waiter; each leaves with the lock held and its predicate true.
   int ready = 0, woken = 0;

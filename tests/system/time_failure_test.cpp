@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <time.h>
 
 #include "platform/system_calls.h"
 #include "qzcore/qzresult.h"
@@ -41,12 +42,28 @@ TEST_F(TimeFailure, ZoneThatCannotBeHad) {
   }
 }
 
-TEST_F(TimeFailure, CounterFallsBackToMilliseconds) {
-  ASSERT_TRUE(qz::os::FailSystemCall("clock_gettime", EINVAL));
-  const int64_t fallback = QZPerfGetCount();  // the fine clock fails once
+// The monotonic clock fails, the boot-time clock behind the millisecond counter still works.
+int MonotonicClockFails(clockid_t clock, struct timespec* now) {
+  if (clock == CLOCK_MONOTONIC) {
+    errno = EINVAL;
+    return -1;
+  }
+  return ::clock_gettime(clock, now);
+}
+
+// While the fine clock cannot be read, count and frequency fall back together, so count divided by
+// frequency stays seconds; once it works again both are the fine clock's.
+TEST_F(TimeFailure, CountAndFrequencyFallBackTogether) {
+  ASSERT_TRUE(qz::os::SetSystemCall("clock_gettime", reinterpret_cast<qz::os::SystemCallPointer>(&MonotonicClockFails)));
+  const int64_t frequency = QZPerfGetFreq();
+  const int64_t count = QZPerfGetCount();
   const int64_t ms = QZPerfGetCountMS();
-  EXPECT_LE(fallback, ms);
-  EXPECT_GT(fallback, ms - 1000);
+  EXPECT_EQ(frequency, 1000);
+  EXPECT_LE(count, ms);
+  EXPECT_GT(count, ms - 1000);
+
+  qz::os::ResetSystemCalls();
+  EXPECT_EQ(QZPerfGetFreq(), 1000000000);
 }
 
 }  // namespace

@@ -20,6 +20,13 @@ bool QueryPerformanceCounter(int64_t* ticks) noexcept {
 }
 
 bool QueryPerformanceFrequency(int64_t* frequency) noexcept {
+  // The frequency is known only while the clock it belongs to can be read: a caller that falls
+  // back to milliseconds for the count must fall back for the frequency too.
+  struct timespec ts;
+  if (sys::clock_gettime(CLOCK_MONOTONIC, &ts) != 0) {
+    SetLastErrorFromErrno(errno);
+    return false;
+  }
   *frequency = 1000000000;
   return true;
 }
