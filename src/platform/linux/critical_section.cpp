@@ -59,11 +59,13 @@ inline bool TryLock(pthread_mutex_t* mutex) noexcept {
   return true;
 }
 
+#if QZ_LOCK_INLINE
 // Wakes one waiter of a glibc lock word (a process-private mutex), as glibc's release does.
 __attribute__((noinline, cold)) void WakeOne(int* word) noexcept {
   const long result = sys::futex(reinterpret_cast<uint32_t*>(word), FUTEX_WAKE | FUTEX_PRIVATE_FLAG, 1, nullptr, nullptr, 0);
   if (result < 0) SystemCallFailed("futex", errno);
 }
+#endif
 
 }  // namespace
 
