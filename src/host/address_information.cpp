@@ -60,7 +60,7 @@ bool AddressListsShareAnAddress(const AddressInfo* first, const AddressInfo* sec
   return false;
 }
 
-CQZMyAddressInformation::CQZMyAddressInformation(const qz::os::HostNetworkCalls& calls) noexcept : m_calls(calls) {
+CQZMyAddressInformation::CQZMyAddressInformation() noexcept {
   std::memset(&m_linkLocalLoopbackAddress, 0, sizeof m_linkLocalLoopbackAddress);
   m_linkLocalLoopbackAddress.sin6_family = qz::os::kFamilyIPv6;
   std::memcpy(&m_linkLocalLoopbackAddress.sin6_addr, kLinkLocalLoopbackIPv6, 16);
@@ -82,13 +82,13 @@ CQZMyAddressInformation::~CQZMyAddressInformation() {
     std::free(record);
     record = next;
   }
-  if (m_resolvedLoopback != nullptr) m_calls.freeAddrInfo(m_resolvedLoopback);
+  if (m_resolvedLoopback != nullptr) qz::os::FreeAddrInfo(m_resolvedLoopback);
   std::free(m_ipv4AddressBuffer);
   std::free(m_ipv6AddressBuffer);
 }
 
 CQZMyAddressInformation& CQZMyAddressInformation::Process() {
-  static auto* const instance = new CQZMyAddressInformation(qz::os::SystemHostNetwork());
+  static auto* const instance = new CQZMyAddressInformation();
   return *instance;
 }
 
@@ -98,7 +98,7 @@ QZRESULT CQZMyAddressInformation::Get(AddressInfo** interfaces, AddressInfo** lo
   if (mutex == nullptr) throw EQZCoreException(QZ_E_OUTOFMEMORY);
   CQZMutexGuard guard(mutex);
   if (!m_initialised.load(std::memory_order_acquire)) {
-    if (!m_calls.startup()) return QZ_E_FAIL;
+    if (!qz::os::StartNetwork()) return QZ_E_FAIL;
     Build();
     m_initialised.store(true, std::memory_order_release);
   }
@@ -112,7 +112,7 @@ void CQZMyAddressInformation::Build() {
   std::memset(&hints, 0, sizeof hints);
   hints.ai_flags = qz::os::kAddressCanonicalName;
   AddressInfo* resolved = nullptr;
-  if (m_calls.getAddrInfo("localhost", nullptr, &hints, &resolved) != 0) resolved = nullptr;
+  if (qz::os::GetAddrInfo("localhost", nullptr, &hints, &resolved) != 0) resolved = nullptr;
   m_resolvedLoopback = resolved;
   m_loopbackAddressList = resolved;
 
@@ -143,13 +143,13 @@ void CQZMyAddressInformation::Build() {
 // list grew in between (it then holds what fitted).
 void* CQZMyAddressInformation::QueryAddressList(int family) {
   uint32_t needed = 0;
-  m_calls.queryAddressList(family, nullptr, 0, &needed);
+  qz::os::QueryAddressList(family, nullptr, 0, &needed);
   if (needed == 0) return nullptr;
   void* buffer = std::malloc(needed);
   if (buffer == nullptr) return nullptr;
   std::memset(buffer, 0, needed);
   uint32_t returned = 0;
-  m_calls.queryAddressList(family, buffer, needed, &returned);
+  qz::os::QueryAddressList(family, buffer, needed, &returned);
   return buffer;
 }
 

@@ -3,7 +3,8 @@
 //
 // CQZMyAddressInformation takes one snapshot of the system's addresses under its own mutex and
 // keeps it; the process has one instance that is never destroyed (lists handed out stay valid
-// until the process ends). Tests build their own instances over stand-in network operations.
+// until the process ends). Tests build their own instances, with the system-call table standing in
+// for the system.
 #pragma once
 
 #include <atomic>
@@ -22,12 +23,12 @@ bool AddressListsShareAnAddress(const AddressInfo* first, const AddressInfo* sec
 
 class CQZMyAddressInformation {
  public:
-  explicit CQZMyAddressInformation(const qz::os::HostNetworkCalls& calls) noexcept;
+  CQZMyAddressInformation() noexcept;
   ~CQZMyAddressInformation();
   CQZMyAddressInformation(const CQZMyAddressInformation&) = delete;
   CQZMyAddressInformation& operator=(const CQZMyAddressInformation&) = delete;
 
-  // The process's instance, over the system's network operations.
+  // The process's instance.
   static CQZMyAddressInformation& Process();
 
   // Builds the lists on the first successful call and gives out both heads. *interfaces is NULL
@@ -41,7 +42,6 @@ class CQZMyAddressInformation {
   void AddIPv6Addresses(const qz::os::SocketAddressList& list);
   void* QueryAddressList(int family);
 
-  const qz::os::HostNetworkCalls& m_calls;     // the network operations used
   AddressInfo* m_interfaceAddressList = nullptr;  // records of this class, one per address
   AddressInfo* m_interfaceTail = nullptr;      // last record, where the next is appended
   AddressInfo* m_loopbackAddressList = nullptr;  // "localhost", maybe behind the link-local record

@@ -14,7 +14,7 @@
 extern "C" {
 
 QZ_API QZRESULT QZGetHostNameA(char* buffer, int32_t size) {
-  return qz::core::GetHostNameA(qz::os::SystemHostNetwork(), buffer, size);
+  return qz::core::GetHostNameA(buffer, size);
 }
 
 QZ_API QZRESULT QZGetHostName(QZWCHAR* buffer, int32_t size) { return qz::core::GetHostNameW(buffer, size); }
@@ -22,13 +22,13 @@ QZ_API QZRESULT QZGetHostName(QZWCHAR* buffer, int32_t size) { return qz::core::
 QZ_API int32_t QZgetaddrinfo(const char* node, const char* service, const struct addrinfo* hints,
                              struct addrinfo** result) {
   try {
-    return qz::core::ResolveHostName(qz::os::SystemHostNetwork(), node, service, hints, result);
+    return qz::core::ResolveHostName(node, service, hints, result);
   } catch (const std::bad_alloc&) {
     return qz::os::kAddrInfoMemoryError;
   }
 }
 
-QZ_API void QZfreeaddrinfo(struct addrinfo* list) { qz::os::SystemHostNetwork().freeAddrInfo(list); }
+QZ_API void QZfreeaddrinfo(struct addrinfo* list) { qz::os::FreeAddrInfo(list); }
 
 QZ_API QZRESULT QZGetMyAddressInformation(struct addrinfo** interfaces, struct addrinfo** loopback) {
   return QZExportFrame([&] { return qz::core::CQZMyAddressInformation::Process().Get(interfaces, loopback); });

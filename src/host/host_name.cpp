@@ -14,12 +14,12 @@ namespace {
 constexpr size_t kHostNameBufferSize = 1026;
 }
 
-QZRESULT GetHostNameA(const qz::os::HostNetworkCalls& calls, char* buffer, int32_t size) noexcept {
+QZRESULT GetHostNameA(char* buffer, int32_t size) noexcept {
   char name[kHostNameBufferSize];
-  bool read = calls.getHostName(name, kHostNameBufferSize);
+  bool read = qz::os::GetHostName(name, kHostNameBufferSize);
   if (!read && qz::os::GetLastError() == qz::os::kErrorNetworkNotInitialised) {
-    calls.startup();
-    read = calls.getHostName(name, kHostNameBufferSize);
+    qz::os::StartNetwork();
+    read = qz::os::GetHostName(name, kHostNameBufferSize);
   }
   name[kHostNameBufferSize - 1] = '\0';
   if (!read) return ResultFromNative(qz::os::GetLastError());

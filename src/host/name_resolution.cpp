@@ -14,7 +14,7 @@
 
 namespace qz::core {
 
-int ResolveHostName(const qz::os::HostNetworkCalls& calls, const char* node, const char* service,
+int ResolveHostName(const char* node, const char* service,
                     const qz::os::AddressInfo* hints, qz::os::AddressInfo** result) {
   const size_t length = std::strlen(node) + 1;
   std::unique_ptr<char[]> copy(new char[length]);
@@ -32,7 +32,7 @@ int ResolveHostName(const qz::os::HostNetworkCalls& calls, const char* node, con
       }
     }
   }
-  return calls.getAddrInfo(copy.get(), service, hints, result);
+  return qz::os::GetAddrInfo(copy.get(), service, hints, result);
 }
 
 }  // namespace qz::core

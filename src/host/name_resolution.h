@@ -6,10 +6,10 @@
 
 namespace qz::core {
 
-// getaddrinfo through `calls` on a folded copy of `node`, rewritten when it holds the IPv6-literal
-// suffix. Returns the resolver's code; the list goes back through calls.freeAddrInfo. Throws
+// The platform's getaddrinfo on a folded copy of `node`, rewritten when it holds the IPv6-literal
+// suffix. Returns the resolver's code; the list goes back through qz::os::FreeAddrInfo. Throws
 // std::bad_alloc when the copy cannot be made.
-int ResolveHostName(const qz::os::HostNetworkCalls& calls, const char* node, const char* service,
+int ResolveHostName(const char* node, const char* service,
                     const qz::os::AddressInfo* hints, qz::os::AddressInfo** result);
 
 }  // namespace qz::core

@@ -17,7 +17,7 @@ namespace qz::core {
 
 CQZThisComputerCache& CQZThisComputerCache::Process() {
   static auto* const instance =
-      new CQZThisComputerCache(qz::os::SystemHostNetwork(), CQZMyAddressInformation::Process());
+      new CQZThisComputerCache(CQZMyAddressInformation::Process());
   return *instance;
 }
 
@@ -25,9 +25,9 @@ CQZThisComputerCache& CQZThisComputerCache::Process() {
 void CQZThisComputerCache::Initialise(QZMutexHandle mutex) {
   CQZMutexGuard guard(mutex);
   if (m_initialised.load(std::memory_order_relaxed)) return;
-  if (!m_calls.startup()) return;
+  if (!qz::os::StartNetwork()) return;
   char hostName[kNameBufferSize] = {};
-  m_calls.getHostName(hostName, kNameBufferSize - 1);  // a failure leaves the empty name
+  qz::os::GetHostName(hostName, kNameBufferSize - 1);  // a failure leaves the empty name
   hostName[kNameBufferSize - 1] = '\0';
   try {
     m_addresses.Get(&m_interfaceAddresses, &m_loopbackAddresses);
@@ -44,13 +44,13 @@ void CQZThisComputerCache::Initialise(QZMutexHandle mutex) {
 QZBOOL16 CQZThisComputerCache::Resolve(const char* folded) {
   qz::os::AddressInfo* result = nullptr;
   QZBOOL16 answer = 0;
-  if (ResolveHostName(m_calls, folded, nullptr, nullptr, &result) == 0) {
+  if (ResolveHostName(folded, nullptr, nullptr, &result) == 0) {
     answer = AddressListsShareAnAddress(result, m_loopbackAddresses) ||
                      AddressListsShareAnAddress(result, m_interfaceAddresses)
                  ? 1
                  : 0;
   }
-  if (result != nullptr) m_calls.freeAddrInfo(result);
+  if (result != nullptr) qz::os::FreeAddrInfo(result);
   return answer;
 }
 

@@ -22,8 +22,7 @@ class CQZThisComputerCache {
   // Bytes of a name buffer: names are cut to one less, plus the terminator.
   static constexpr size_t kNameBufferSize = 1026;
 
-  CQZThisComputerCache(const qz::os::HostNetworkCalls& calls, CQZMyAddressInformation& addresses) noexcept
-      : m_calls(calls), m_addresses(addresses) {}
+  explicit CQZThisComputerCache(CQZMyAddressInformation& addresses) noexcept : m_addresses(addresses) {}
   CQZThisComputerCache(const CQZThisComputerCache&) = delete;
   CQZThisComputerCache& operator=(const CQZThisComputerCache&) = delete;
 
@@ -37,7 +36,6 @@ class CQZThisComputerCache {
   void Initialise(QZMutexHandle mutex);
   QZBOOL16 Resolve(const char* folded);
 
-  const qz::os::HostNetworkCalls& m_calls;           // the network operations used
   CQZMyAddressInformation& m_addresses;               // where this host's address lists come from
   std::map<std::string, QZBOOL16> m_thisComputerNames;  // folded name -> answer, never shrinks
   std::atomic<bool> m_initialised{false};             // the known names are in

@@ -43,9 +43,9 @@ addrinfo* Numeric(const char* text) {
 }
 
 TEST(AddressInformation, SortsInterfaceAddressesAndSetsLoopbackOnesApart) {
-  const auto& calls = qztest::FakeNetwork::Reset();
+  qztest::FakeNetwork network;
   qztest::FakeNetwork::ipv6 = {"::1", "fe80::1%1", "2001:db8::5", "fe80::1%2", "fe80::1%1"};
-  qz::core::CQZMyAddressInformation info(calls);
+  qz::core::CQZMyAddressInformation info;
   addrinfo* interfaces = nullptr;
   addrinfo* loopback = nullptr;
   ASSERT_EQ(info.Get(&interfaces, &loopback), 0);
@@ -78,9 +78,9 @@ TEST(AddressInformation, SortsInterfaceAddressesAndSetsLoopbackOnesApart) {
 }
 
 TEST(AddressInformation, AFailedStartLeavesNothingBuiltAndALaterCallBuilds) {
-  const auto& calls = qztest::FakeNetwork::Reset();
-  qztest::FakeNetwork::startupWorks = false;
-  qz::core::CQZMyAddressInformation info(calls);
+  qztest::FakeNetwork network;
+  qztest::FakeNetwork::startWorks = false;
+  qz::core::CQZMyAddressInformation info;
   auto* const sentinel = reinterpret_cast<addrinfo*>(0x1);
   addrinfo* interfaces = sentinel;
   addrinfo* loopback = sentinel;
@@ -90,7 +90,7 @@ TEST(AddressInformation, AFailedStartLeavesNothingBuiltAndALaterCallBuilds) {
   EXPECT_EQ(qztest::FakeNetwork::queries, 0);
 
   // An unresolvable "localhost" and no interfaces leave both lists empty, for good.
-  qztest::FakeNetwork::startupWorks = true;
+  qztest::FakeNetwork::startWorks = true;
   qztest::FakeNetwork::unresolvable.insert("localhost");
   qztest::FakeNetwork::ipv4.clear();
   qztest::FakeNetwork::ipv6.clear();

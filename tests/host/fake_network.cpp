@@ -1,32 +1,31 @@
-// fake_network.cpp - the stand-in network operations of fake_network.h.
+// fake_network.cpp - the stand-in network calls of fake_network.h, installed in the system-call
+// table.
 #include "fake_network.h"
 
 #include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netdb.h>
 
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/last_error.h"
+#include "platform/host_network.h"
+#include "platform/system_calls.h"
 
 namespace qztest {
 namespace {
 
-bool Startup() noexcept {
-  ++FakeNetwork::startups;
-  return FakeNetwork::startupWorks;
+bool Start() noexcept {
+  ++FakeNetwork::starts;
+  return FakeNetwork::startWorks;
 }
 
-bool GetHostName(char* buffer, size_t size) noexcept {
-  if (FakeNetwork::hostNameError != 0) {
-    qz::os::SetLastError(FakeNetwork::hostNameError);
-    FakeNetwork::hostNameError = 0;
-    return false;
-  }
+int GetHostName(char* buffer, size_t size) {
   std::strncpy(buffer, FakeNetwork::hostName.c_str(), size);
-  return true;
+  return 0;
 }
 
-int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) noexcept {
+int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
   FakeNetwork::asked.emplace_back(node);
   if (FakeNetwork::unresolvable.count(node) != 0) return EAI_NONAME;
   const auto alias = FakeNetwork::aliases.find(node);
@@ -36,63 +35,77 @@ int GetAddrInfo(const char* node, const char* service, const addrinfo* hints, ad
   return getaddrinfo(alias != FakeNetwork::aliases.end() ? alias->second.c_str() : node, service, &numeric, result);
 }
 
-void FreeAddrInfo(addrinfo* list) noexcept { freeaddrinfo(list); }
+void FreeAddrInfo(addrinfo* list) { freeaddrinfo(list); }
 
-std::vector<std::vector<unsigned char>> SocketAddresses(int family) {
-  std::vector<std::vector<unsigned char>> all;
-  for (const auto& text : family == AF_INET ? FakeNetwork::ipv4 : FakeNetwork::ipv6) {
-    if (family == AF_INET) {
-      sockaddr_in a{};
-      a.sin_family = AF_INET;
-      inet_pton(AF_INET, text.c_str(), &a.sin_addr);
-      all.emplace_back(reinterpret_cast<unsigned char*>(&a), reinterpret_cast<unsigned char*>(&a + 1));
-    } else {
-      sockaddr_in6 a{};
-      a.sin6_family = AF_INET6;
-      const size_t percent = text.find('%');
-      inet_pton(AF_INET6, text.substr(0, percent).c_str(), &a.sin6_addr);
-      if (percent != std::string::npos) a.sin6_scope_id = static_cast<uint32_t>(std::atoi(text.c_str() + percent + 1));
-      all.emplace_back(reinterpret_cast<unsigned char*>(&a), reinterpret_cast<unsigned char*>(&a + 1));
+// One interface address: the list node and its sockaddr in one allocation.
+struct Entry {
+  ifaddrs node;
+  sockaddr_in6 address;  // large enough for either family
+};
+
+// The IPv4 addresses, then the IPv6 ones, each as its own interface entry.
+int GetIfAddrs(ifaddrs** list) {
+  ++FakeNetwork::queries;
+  ifaddrs** tail = list;
+  *list = nullptr;
+  for (int family : {AF_INET, AF_INET6}) {
+    for (const auto& text : family == AF_INET ? FakeNetwork::ipv4 : FakeNetwork::ipv6) {
+      auto* entry = static_cast<Entry*>(std::calloc(1, sizeof(Entry)));
+      if (family == AF_INET) {
+        auto* a = reinterpret_cast<sockaddr_in*>(&entry->address);
+        a->sin_family = AF_INET;
+        inet_pton(AF_INET, text.c_str(), &a->sin_addr);
+      } else {
+        sockaddr_in6& a = entry->address;
+        a.sin6_family = AF_INET6;
+        const size_t percent = text.find('%');
+        inet_pton(AF_INET6, text.substr(0, percent).c_str(), &a.sin6_addr);
+        if (percent != std::string::npos) a.sin6_scope_id = static_cast<uint32_t>(std::atoi(text.c_str() + percent + 1));
+      }
+      entry->node.ifa_addr = reinterpret_cast<sockaddr*>(&entry->address);
+      *tail = &entry->node;
+      tail = &entry->node.ifa_next;
     }
   }
-  return all;
+  return 0;
 }
 
-bool QueryAddressList(int family, void* buffer, uint32_t size, uint32_t* bytesReturned) noexcept {
-  ++FakeNetwork::queries;
-  const auto addresses = SocketAddresses(family);
-  const size_t header = offsetof(qz::os::SocketAddressList, addresses);
-  size_t needed = header + addresses.size() * sizeof(qz::os::SocketAddress);
-  for (const auto& a : addresses) needed += a.size();
-  *bytesReturned = static_cast<uint32_t>(needed);
-  if (buffer == nullptr || size < needed) return false;
-  auto* list = static_cast<qz::os::SocketAddressList*>(buffer);
-  auto* storage = static_cast<unsigned char*>(buffer) + header + addresses.size() * sizeof(qz::os::SocketAddress);
-  list->count = static_cast<int32_t>(addresses.size());
-  for (size_t i = 0; i < addresses.size(); ++i) {
-    std::memcpy(storage, addresses[i].data(), addresses[i].size());
-    list->addresses[i] = {storage, static_cast<int32_t>(addresses[i].size())};
-    storage += addresses[i].size();
+void FreeIfAddrs(ifaddrs* list) {
+  while (list != nullptr) {
+    ifaddrs* next = list->ifa_next;
+    std::free(list);  // the node is the first member of its Entry
+    list = next;
   }
-  return true;
 }
 
-const qz::os::HostNetworkCalls kFakeCalls = {Startup, GetHostName, GetAddrInfo, FreeAddrInfo, QueryAddressList};
+template <typename F>
+void Replace(const char* name, F* call) {
+  qz::os::SetSystemCall(name, reinterpret_cast<qz::os::SystemCallPointer>(call));
+}
 
 }  // namespace
 
-const qz::os::HostNetworkCalls& FakeNetwork::Reset() {
-  startupWorks = true;
-  startups = 0;
+FakeNetwork::FakeNetwork() {
+  startWorks = true;
+  starts = 0;
   hostName = "Build-Host7";
-  hostNameError = 0;
   asked.clear();
   aliases = {{"localhost", "127.0.0.1"}, {"LOCALHOST", "127.0.0.1"}};
   unresolvable.clear();
   ipv4 = {"127.0.0.1", "10.1.2.3"};
   ipv6 = {"::1", "2001:db8::5"};
   queries = 0;
-  return kFakeCalls;
+  Replace("gethostname", &GetHostName);
+  Replace("getaddrinfo", &GetAddrInfo);
+  Replace("freeaddrinfo", &FreeAddrInfo);
+  Replace("getifaddrs", &GetIfAddrs);
+  Replace("freeifaddrs", &FreeIfAddrs);
+  qz::os::SetNetworkStartForTesting(&Start);
+}
+
+FakeNetwork::~FakeNetwork() {
+  qz::os::ResetSystemCalls();
+  qz::os::SetNetworkStartForTesting(nullptr);
 }
 
 }  // namespace qztest

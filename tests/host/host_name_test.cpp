@@ -1,13 +1,10 @@
-// host_name_test.cpp - the host name as bytes and as 16-bit text: sizes, the retry after an
-// unstarted network layer, and errors.
+// host_name_test.cpp - the host name as bytes and as 16-bit text: what fits and what does not.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <string>
 
-#include "fake_network.h"
-#include "host/host_name.h"
 #include "qzcore/qzhost.h"
 
 namespace {
@@ -39,23 +36,6 @@ TEST(HostName, FitsExactlyOrLeavesTheBufferAlone) {
   std::u16string wideUntouched(8, u'#');
   EXPECT_EQ(QZGetHostName(wideUntouched.data(), exact - 1), QZ_E_FAIL);
   EXPECT_EQ(wideUntouched, std::u16string(8, u'#'));
-}
-
-TEST(HostName, StartsTheNetworkLayerOnceWhenItWasNotStarted) {
-  const auto& calls = qztest::FakeNetwork::Reset();
-  qztest::FakeNetwork::hostNameError = qz::os::kErrorNetworkNotInitialised;
-  char buffer[64];
-  EXPECT_EQ(qz::core::GetHostNameA(calls, buffer, sizeof buffer), 0);
-  EXPECT_STREQ(buffer, "Build-Host7");
-  EXPECT_EQ(qztest::FakeNetwork::startups, 1);
-
-  // Any other error is reported, translated, with no start-up.
-  qztest::FakeNetwork::Reset();
-  qztest::FakeNetwork::hostNameError = 5;
-  std::memset(buffer, '#', sizeof buffer);
-  EXPECT_EQ(qz::core::GetHostNameA(calls, buffer, sizeof buffer), QZ_E_ACCESSDENIED);
-  EXPECT_EQ(qztest::FakeNetwork::startups, 0);
-  EXPECT_EQ(buffer[0], '#');
 }
 
 }  // namespace

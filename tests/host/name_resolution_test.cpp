@@ -11,10 +11,10 @@
 namespace {
 
 std::string Asked(const char* node) {
-  const auto& calls = qztest::FakeNetwork::Reset();
+  qztest::FakeNetwork network;
   addrinfo* result = nullptr;
-  qz::core::ResolveHostName(calls, node, nullptr, nullptr, &result);
-  if (result != nullptr) calls.freeAddrInfo(result);
+  qz::core::ResolveHostName(node, nullptr, nullptr, &result);
+  if (result != nullptr) qz::os::FreeAddrInfo(result);
   return qztest::FakeNetwork::asked.empty() ? "<none>" : qztest::FakeNetwork::asked.front();
 }
 

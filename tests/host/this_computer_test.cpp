@@ -17,9 +17,9 @@ using Strings = std::vector<std::string>;
 
 class ThisComputer : public ::testing::Test {
  protected:
-  const qz::os::HostNetworkCalls& m_calls = qztest::FakeNetwork::Reset();
-  qz::core::CQZMyAddressInformation m_addresses{m_calls};
-  qz::core::CQZThisComputerCache m_cache{m_calls, m_addresses};
+  qztest::FakeNetwork m_network;
+  qz::core::CQZMyAddressInformation m_addresses;
+  qz::core::CQZThisComputerCache m_cache{m_addresses};
 
   // Names the resolver was asked, leaving out the one of the address lists.
   static Strings Resolved() {
@@ -34,7 +34,7 @@ TEST_F(ThisComputer, KnownNamesAreAnsweredWithoutResolution) {
     EXPECT_EQ(m_cache.IsThisMyComputer(name), 1) << name;
   }
   EXPECT_EQ(Resolved(), Strings{});
-  EXPECT_EQ(qztest::FakeNetwork::startups, 2);  // the cache's and the address lists' own
+  EXPECT_EQ(qztest::FakeNetwork::starts, 2);  // the cache's and the address lists' own
 
   // "localhost" folds to a key that is not among them: it is resolved, and kept under that key.
   EXPECT_EQ(m_cache.IsThisMyComputer("localhost"), 1);
@@ -68,10 +68,10 @@ TEST_F(ThisComputer, LongNamesAreCutBeforeTheLookup) {
 }
 
 TEST_F(ThisComputer, AFailedStartAnswersNoAndKeepsNothing) {
-  qztest::FakeNetwork::startupWorks = false;
+  qztest::FakeNetwork::startWorks = false;
   EXPECT_EQ(m_cache.IsThisMyComputer("127.0.0.1"), 0);
   EXPECT_EQ(qztest::FakeNetwork::asked, Strings{});
-  qztest::FakeNetwork::startupWorks = true;
+  qztest::FakeNetwork::startWorks = true;
   EXPECT_EQ(m_cache.IsThisMyComputer("127.0.0.1"), 1);
 }
 

@@ -1,10 +1,12 @@
 // critical_section_test.cpp - the contract of the platform lock: recursion, a try that never
 // blocks, the count of acquires that had to wait, and a release by a thread that holds nothing.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "platform/critical_section.h"
 #include "support/test_support.h"
@@ -95,6 +97,39 @@ TEST(CriticalSection, ReleaseByAThreadThatHoldsNothingChangesNothing) {
   EXPECT_FALSE(FreeForOthers(lock));
   lock.Leave();
   EXPECT_TRUE(FreeForOthers(lock));
+}
+
+// The lock stays the system's own recursive mutex, whatever path Enter and Leave take: they mix
+// with the system's calls on NativeHandle in any order, the lock is free for others exactly when
+// the depth is back at 0, and the destructor (which ends the process if the system finds the
+// mutex still in use) passes.
+TEST(CriticalSection, MixesWithTheSystemsCallsOnTheNativeLock) {
+  enum Step { kEnter, kLeave, kTry, kSysLock, kSysUnlock, kSysTry };
+  const std::vector<Step> sequences[] = {
+      {kEnter, kSysUnlock},
+      {kSysLock, kLeave},
+      {kEnter, kSysLock, kLeave, kSysUnlock},
+      {kSysLock, kEnter, kSysUnlock, kLeave},
+      {kTry, kSysTry, kEnter, kLeave, kSysUnlock, kLeave},
+  };
+  for (size_t n = 0; n < std::size(sequences); ++n) {
+    SCOPED_TRACE(n);
+    CriticalSection lock;
+    auto* native = static_cast<pthread_mutex_t*>(lock.NativeHandle());
+    int depth = 0;
+    for (Step step : sequences[n]) {
+      switch (step) {
+        case kEnter: lock.Enter(); ++depth; break;
+        case kLeave: lock.Leave(); --depth; break;
+        case kTry: ASSERT_TRUE(lock.TryEnter()); ++depth; break;
+        case kSysLock: ASSERT_EQ(pthread_mutex_lock(native), 0); ++depth; break;
+        case kSysUnlock: ASSERT_EQ(pthread_mutex_unlock(native), 0); --depth; break;
+        case kSysTry: ASSERT_EQ(pthread_mutex_trylock(native), 0); ++depth; break;
+      }
+      EXPECT_EQ(FreeForOthers(lock), depth == 0) << "after step " << step;
+    }
+    EXPECT_EQ(depth, 0);
+  }
 }
 
 TEST(CriticalSection, NativeHandleIsStableAndDistinct) {

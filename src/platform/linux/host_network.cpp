@@ -1,10 +1,12 @@
 // host_network.cpp - host identity on Linux: gethostname, getaddrinfo, and the interface address
-// lists from getifaddrs. There is no network layer to start, so start-up always succeeds.
+// lists from getifaddrs. There is no network layer to start, so start-up succeeds unless a test
+// said otherwise.
 #include "platform/host_network.h"
 
 #include <ifaddrs.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -17,7 +19,22 @@
 namespace qz::os {
 namespace {
 
-bool Startup() noexcept { return true; }
+std::atomic<bool (*)() noexcept> g_startForTesting{nullptr};  // null: the platform's own start
+
+size_t SocketAddressSize(int family) noexcept {
+  return family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
+}
+
+}  // namespace
+
+bool StartNetwork() noexcept {
+  bool (*start)() noexcept = g_startForTesting.load(std::memory_order_acquire);
+  return start == nullptr || start();
+}
+
+void SetNetworkStartForTesting(bool (*start)() noexcept) noexcept {
+  g_startForTesting.store(start, std::memory_order_release);
+}
 
 bool GetHostName(char* buffer, size_t size) noexcept {
   if (sys::gethostname(buffer, size) != 0) {
@@ -32,10 +49,6 @@ int GetAddrInfo(const char* node, const char* service, const AddressInfo* hints,
 }
 
 void FreeAddrInfo(AddressInfo* list) noexcept { sys::freeaddrinfo(list); }
-
-size_t SocketAddressSize(int family) noexcept {
-  return family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
-}
 
 // Every address of `family` that getifaddrs reports, in its order (interface by interface),
 // packed as the first platform's address list: count, {address, length} entries, then the
@@ -82,11 +95,5 @@ bool QueryAddressList(int family, void* buffer, uint32_t size, uint32_t* bytesRe
   }
   return true;
 }
-
-const HostNetworkCalls kSystemCalls = {Startup, GetHostName, GetAddrInfo, FreeAddrInfo, QueryAddressList};
-
-}  // namespace
-
-const HostNetworkCalls& SystemHostNetwork() noexcept { return kSystemCalls; }
 
 }  // namespace qz::os

@@ -10,11 +10,13 @@
 
 #include "io.h"
 #include "syscalls.h"
+#include "thread_id.h"
 
 namespace qz::os {
-namespace {
 
-thread_local uint32_t t_threadId = 0;  // gettid() of this thread, fetched once
+__thread uint32_t t_threadId QZ_THREAD_ID_TLS_MODEL = 0;  // gettid() of this thread, fetched once
+
+namespace {
 
 // The thread that calls fork() goes on in the child under a new id, with the copy of its cached
 // one: forget it there, so the child's trace prefix, mutex owners and lock peeks see its own id.
@@ -28,13 +30,13 @@ void RegisterForkHandler() noexcept {
 
 }  // namespace
 
-uint32_t GetCurrentThreadId() noexcept {
-  if (t_threadId == 0) {
-    RegisterForkHandler();
-    t_threadId = static_cast<uint32_t>(sys::gettid());
-  }
+uint32_t FetchThreadId() noexcept {
+  RegisterForkHandler();
+  t_threadId = static_cast<uint32_t>(sys::gettid());
   return t_threadId;
 }
+
+uint32_t GetCurrentThreadId() noexcept { return CachedThreadId(); }
 
 uint32_t GetCurrentProcessId() noexcept { return static_cast<uint32_t>(sys::getpid()); }
 
