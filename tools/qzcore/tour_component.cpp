@@ -17,7 +17,7 @@ using qztool::Hex;
 using qztool::Show;
 using qztool::Utf8;
 
-std::string Code(QZRESULT result) { return Hex(static_cast<uint32_t>(result)); }
+std::string Code(QZRESULT result) { return qztool::Result(result); }
 
 std::u16string Wide(const std::string& text) { return std::u16string(text.begin(), text.end()); }
 
