@@ -93,6 +93,54 @@ TEST_F(Files, DispositionsAndCreatedStatus) {
   }
 }
 
+// Opens of an existing file holding "abc" that need write access they lack, or that would write
+// a read-only file (mode 0444, refused for root too), and the same opens of a missing file.
+TEST_F(Files, OpensThatWouldChangeAFileTheyMayNotWrite) {
+  struct Case {
+    uint32_t flags;
+    bool readOnly;  // the existing file has no write permission
+    QZRESULT onExisting;
+    const char* existingAfter;
+    QZRESULT onMissing;
+  };
+  const Case cases[] = {
+      {QZFILE_TRUNCATE, false, QZ_E_FAIL, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_TRUNCATE | QZFILE_READ, false, QZ_E_FAIL, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | QZFILE_TRUNCATE | QZFILE_READ, false, 0, "", QZ_S_CREATED},
+      {QZFILE_READ, true, 0, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_WRITE, true, QZ_E_ACCESSDENIED, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+      {QZFILE_TRUNCATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | QZFILE_TRUNCATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+      {QZFILE_TEMPORARY | QZFILE_READ, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    for (bool existing : {true, false}) {
+      const std::string name = m_dir.File("w" + std::to_string(n++));
+      if (existing) {
+        WriteText(name, "abc");
+        if (c.readOnly) chmod(name.c_str(), 0444);
+      }
+      QZFileHandle file = 12345;
+      const QZRESULT hr = QZFileOpen(Wide(name).c_str(), c.flags, 0x1B6, &file);
+      EXPECT_EQ(Hex(hr), Hex(existing ? c.onExisting : c.onMissing)) << "flags " << Hex(c.flags) << existing;
+      if (existing) {
+        EXPECT_EQ(Exists(name) ? qztest::ReadFile(name) : "-", c.existingAfter) << Hex(c.flags);
+      }
+      if (hr >= 0) {
+        EXPECT_EQ(QZFileClose(file), 0);
+      } else {
+        EXPECT_EQ(file, kNoFile);
+      }
+    }
+  }
+  // A missing directory on the way is not found either.
+  QZFileHandle file = 12345;
+  EXPECT_EQ(QZFileOpen(Path("none/x").c_str(), QZFILE_TRUNCATE, 0, &file), QZ_E_FILE_NOT_FOUND);
+  EXPECT_EQ(file, kNoFile);
+}
+
 TEST_F(Files, ReadWriteSeekAndTheEndOfTheFile) {
   QZFileHandle file;
   ASSERT_EQ(QZFileOpen(Path("rw").c_str(), QZFILE_CREATE | kRW, 0x1B6, &file), QZ_S_CREATED);
