@@ -25,7 +25,8 @@ QZRESULT LastResult() noexcept { return ResultFromNative(os::GetLastError()); }
 
 QZDirState* State(QZDirHandle dir) noexcept { return reinterpret_cast<QZDirState*>(dir); }
 
-// A file time as POSIX seconds by way of local time; 0 when it is unknown or any step fails.
+// A file time as POSIX seconds by way of local time: 0 when it is unknown or cannot be made local
+// time, and otherwise what the local-to-POSIX conversion answers (-1 outside its range).
 int64_t PosixTime(uint64_t ticks) noexcept {
   uint64_t local = 0;
   os::CalendarTime fields{};
@@ -35,7 +36,8 @@ int64_t PosixTime(uint64_t ticks) noexcept {
   const QZSystemTime record{fields.year,  fields.month,  fields.dayOfWeek, fields.day,
                             fields.hour,  fields.minute, fields.second,    fields.milliseconds};
   int64_t seconds = 0;
-  return TimeToPosix(&record, &seconds) < 0 ? 0 : seconds;
+  (void)TimeToPosix(&record, &seconds);  // its failure leaves -1, which the entry shows
+  return seconds;
 }
 
 }  // namespace

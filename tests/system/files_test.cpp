@@ -503,6 +503,44 @@ TEST_F(Files, ListsATreeItMade) {
   }
 }
 
+// Entry times at and before the start of the POSIX range, in a zone at UTC: what the local-to-POSIX
+// conversion gives, -1 where it refuses. (File systems clamp stamps long before the range's end.)
+TEST_F(Files, EntryTimesAtTheStartOfTheRange) {
+  qztest::ScopedEnv zone("TZ", "UTC");
+  struct Case {
+    const char* name;
+    time_t stamp;
+    int64_t want;
+  };
+  const Case cases[] = {
+      {"epoch", 0, 0},
+      {"second", 1, 1},
+      {"before", -1, -1},
+      {"long-before", -315619200, -1},  // 1960-01-01
+  };
+  const std::string root = m_dir.File("times");
+  ASSERT_EQ(mkdir(root.c_str(), 0755), 0);
+  for (const Case& c : cases) {
+    const std::string name = root + "/" + c.name;
+    WriteText(name, "");
+    const struct timespec times[2] = {{c.stamp, 0}, {c.stamp, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, name.c_str(), times, 0), 0) << c.name;
+  }
+  QZDirHandle dir = nullptr;
+  ASSERT_EQ(QZDirOpen(Wide(root).c_str(), &dir), 0);
+  QZDirEntry entry;
+  std::map<std::string, std::pair<int64_t, int64_t>> seen;
+  while (QZDirRead(dir, &entry, sizeof entry) == 0) {
+    seen[qztest::Narrow(entry.name)] = {entry.modifyTime, entry.accessTime};
+  }
+  EXPECT_EQ(QZDirClose(dir), 0);
+  for (const Case& c : cases) {
+    ASSERT_EQ(seen.count(c.name), 1u) << c.name;
+    EXPECT_EQ(seen[c.name].first, c.want) << c.name;
+    EXPECT_EQ(seen[c.name].second, c.want) << c.name;
+  }
+}
+
 TEST_F(Files, DirectoryEdges) {
   const std::string empty = m_dir.File("empty");
   ASSERT_EQ(QZDirCreate(Wide(empty).c_str(), 0), 0);
