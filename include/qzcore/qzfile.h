@@ -149,10 +149,12 @@ QZ_API QZRESULT QZDirOpen(const QZWCHAR* path, QZDirHandle* result);
 
 /* Fills *entry (`size` is ignored: give a whole QZDirEntry) with the next entry, "." and ".."
  * included, in the file system's order. QZ_E_FAIL at the end and on any failure alike: read until
- * the first failure. A handle belongs to one thread at a time. */
+ * the first failure. A handle belongs to one thread at a time. A null handle, or the -1 a failed
+ * QZDirOpen leaves, gives QZ_E_HANDLE. */
 QZ_API QZRESULT QZDirRead(QZDirHandle dir, QZDirEntry* entry, uint32_t size);
 
-/* Ends the enumeration and frees the state. Always 0. */
+/* Ends the enumeration and frees the state. Always 0, also for null and for the -1 a failed
+ * QZDirOpen leaves. */
 QZ_API QZRESULT QZDirClose(QZDirHandle dir);
 
 /* The full form of `path` in `buffer` of `size` units: a relative path is taken from the current

@@ -568,7 +568,11 @@ TEST_F(Files, DirectoryEdges) {
     dir = nullptr;
     EXPECT_EQ(QZDirOpen(Wide(missing).c_str(), &dir), QZ_E_FILE_NOT_FOUND) << missing;
     EXPECT_EQ(dir, reinterpret_cast<QZDirHandle>(intptr_t{-1}));
+    // What the failed open left reads as no handle and closes as nothing.
+    EXPECT_EQ(QZDirRead(dir, &entry, sizeof entry), QZ_E_HANDLE) << missing;
+    EXPECT_EQ(QZDirClose(dir), 0) << missing;
   }
+  EXPECT_EQ(QZDirRead(nullptr, &entry, sizeof entry), QZ_E_HANDLE);
 }
 
 TEST_F(Files, CreateRemoveAndDeleteResults) {
