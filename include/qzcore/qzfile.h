@@ -73,13 +73,15 @@ QZ_EXTERN_C_BEGIN
  *
  *   none              open an existing file                      missing: QZ_E_FILE_NOT_FOUND
  *   CREATE            open, or create (QZ_S_CREATED)
- *   TRUNCATE          open an existing file and empty it         missing: QZ_E_FILE_NOT_FOUND
+ *   TRUNCATE          open an existing file and empty it         missing: QZ_E_FILE_NOT_FOUND;
+ *                     without QZFILE_WRITE an existing file is refused (QZ_E_FAIL), untouched
  *   CREATE|TRUNCATE   empty an existing file, or create (QZ_S_CREATED)
  *   CREATE|EXCLUSIVE  create (0, not QZ_S_CREATED)               existing: QZ_E_FAIL, untouched
  *   EXCLUSIVE alone   refused: QZ_E_FAIL
  *
  * A file this call creates with `permissions` holding none of QZFILE_MODE_WRITE is read-only (no
- * write permission for anyone; this handle may still write). QZFILE_TEMPORARY: the file is removed
+ * write permission for anyone; this handle may still write). An existing read-only file refuses
+ * (QZ_E_ACCESSDENIED) an open that would write, empty or remove it. QZFILE_TEMPORARY: the file is removed
  * from its directory at once and vanishes with its last handle; with a NULL or empty `path` a
  * nameless file is made in $TMPDIR (else /tmp) under a name beginning "tmp", which the caller never
  * learns. QZFILE_APPEND positions at the end once; if that fails the error is returned and the open
