@@ -73,13 +73,15 @@ QZ_EXTERN_C_BEGIN
  *
  *   none              open an existing file                      missing: QZ_E_FILE_NOT_FOUND
  *   CREATE            open, or create (QZ_S_CREATED)
- *   TRUNCATE          open an existing file and empty it         missing: QZ_E_FILE_NOT_FOUND
+ *   TRUNCATE          open an existing file and empty it         missing: QZ_E_FILE_NOT_FOUND;
+ *                     without QZFILE_WRITE an existing file is refused (QZ_E_FAIL), untouched
  *   CREATE|TRUNCATE   empty an existing file, or create (QZ_S_CREATED)
  *   CREATE|EXCLUSIVE  create (0, not QZ_S_CREATED)               existing: QZ_E_FAIL, untouched
  *   EXCLUSIVE alone   refused: QZ_E_FAIL
  *
  * A file this call creates with `permissions` holding none of QZFILE_MODE_WRITE is read-only (no
- * write permission for anyone; this handle may still write). QZFILE_TEMPORARY: the file is removed
+ * write permission for anyone; this handle may still write). An existing read-only file refuses
+ * (QZ_E_ACCESSDENIED) an open that would write, empty or remove it. QZFILE_TEMPORARY: the file is removed
  * from its directory at once and vanishes with its last handle; with a NULL or empty `path` a
  * nameless file is made in $TMPDIR (else /tmp) under a name beginning "tmp", which the caller never
  * learns. QZFILE_APPEND positions at the end once; if that fails the error is returned and the open
@@ -149,10 +151,12 @@ QZ_API QZRESULT QZDirOpen(const QZWCHAR* path, QZDirHandle* result);
 
 /* Fills *entry (`size` is ignored: give a whole QZDirEntry) with the next entry, "." and ".."
  * included, in the file system's order. QZ_E_FAIL at the end and on any failure alike: read until
- * the first failure. A handle belongs to one thread at a time. */
+ * the first failure. A handle belongs to one thread at a time. A null handle, or the -1 a failed
+ * QZDirOpen leaves, gives QZ_E_HANDLE. */
 QZ_API QZRESULT QZDirRead(QZDirHandle dir, QZDirEntry* entry, uint32_t size);
 
-/* Ends the enumeration and frees the state. Always 0. */
+/* Ends the enumeration and frees the state. Always 0, also for null and for the -1 a failed
+ * QZDirOpen leaves. */
 QZ_API QZRESULT QZDirClose(QZDirHandle dir);
 
 /* The full form of `path` in `buffer` of `size` units: a relative path is taken from the current

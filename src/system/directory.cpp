@@ -25,7 +25,11 @@ QZRESULT LastResult() noexcept { return ResultFromNative(os::GetLastError()); }
 
 QZDirState* State(QZDirHandle dir) noexcept { return reinterpret_cast<QZDirState*>(dir); }
 
-// A file time as POSIX seconds by way of local time; 0 when it is unknown or any step fails.
+// Null, or the -1 a failed open leaves: no state behind it.
+bool NoState(QZDirHandle dir) noexcept { return dir == nullptr || reinterpret_cast<intptr_t>(dir) == -1; }
+
+// A file time as POSIX seconds by way of local time: 0 when it is unknown or cannot be made local
+// time, and otherwise what the local-to-POSIX conversion answers (-1 outside its range).
 int64_t PosixTime(uint64_t ticks) noexcept {
   uint64_t local = 0;
   os::CalendarTime fields{};
@@ -35,7 +39,8 @@ int64_t PosixTime(uint64_t ticks) noexcept {
   const QZSystemTime record{fields.year,  fields.month,  fields.dayOfWeek, fields.day,
                             fields.hour,  fields.minute, fields.second,    fields.milliseconds};
   int64_t seconds = 0;
-  return TimeToPosix(&record, &seconds) < 0 ? 0 : seconds;
+  (void)TimeToPosix(&record, &seconds);  // its failure leaves -1, which the entry shows
+  return seconds;
 }
 
 }  // namespace
@@ -69,6 +74,7 @@ QZRESULT OpenDirectory(const QZWCHAR* path, QZDirHandle* result) noexcept {
 }
 
 QZRESULT ReadDirectory(QZDirHandle dir, QZDirEntry* entry) noexcept {
+  if (NoState(dir)) return QZ_E_HANDLE;
   QZDirState* state = State(dir);
   os::FindData found;
   bool ok;
@@ -100,7 +106,7 @@ QZRESULT ReadDirectory(QZDirHandle dir, QZDirEntry* entry) noexcept {
 }
 
 QZRESULT CloseDirectory(QZDirHandle dir) noexcept {
-  if (dir == nullptr) return QZ_S_OK;
+  if (NoState(dir)) return QZ_S_OK;
   QZDirState* state = State(dir);
   if (state->findHandle != os::kInvalidFind) os::FindClose(state->findHandle);
   delete[] state->pattern;

@@ -93,6 +93,54 @@ TEST_F(Files, DispositionsAndCreatedStatus) {
   }
 }
 
+// Opens of an existing file holding "abc" that need write access they lack, or that would write
+// a read-only file (mode 0444, refused for root too), and the same opens of a missing file.
+TEST_F(Files, OpensThatWouldChangeAFileTheyMayNotWrite) {
+  struct Case {
+    uint32_t flags;
+    bool readOnly;  // the existing file has no write permission
+    QZRESULT onExisting;
+    const char* existingAfter;
+    QZRESULT onMissing;
+  };
+  const Case cases[] = {
+      {QZFILE_TRUNCATE, false, QZ_E_FAIL, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_TRUNCATE | QZFILE_READ, false, QZ_E_FAIL, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | QZFILE_TRUNCATE | QZFILE_READ, false, 0, "", QZ_S_CREATED},
+      {QZFILE_READ, true, 0, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_WRITE, true, QZ_E_ACCESSDENIED, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+      {QZFILE_TRUNCATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_E_FILE_NOT_FOUND},
+      {QZFILE_CREATE | QZFILE_TRUNCATE | kRW, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+      {QZFILE_TEMPORARY | QZFILE_READ, true, QZ_E_ACCESSDENIED, "abc", QZ_S_CREATED},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    for (bool existing : {true, false}) {
+      const std::string name = m_dir.File("w" + std::to_string(n++));
+      if (existing) {
+        WriteText(name, "abc");
+        if (c.readOnly) chmod(name.c_str(), 0444);
+      }
+      QZFileHandle file = 12345;
+      const QZRESULT hr = QZFileOpen(Wide(name).c_str(), c.flags, 0x1B6, &file);
+      EXPECT_EQ(Hex(hr), Hex(existing ? c.onExisting : c.onMissing)) << "flags " << Hex(c.flags) << existing;
+      if (existing) {
+        EXPECT_EQ(Exists(name) ? qztest::ReadFile(name) : "-", c.existingAfter) << Hex(c.flags);
+      }
+      if (hr >= 0) {
+        EXPECT_EQ(QZFileClose(file), 0);
+      } else {
+        EXPECT_EQ(file, kNoFile);
+      }
+    }
+  }
+  // A missing directory on the way is not found either.
+  QZFileHandle file = 12345;
+  EXPECT_EQ(QZFileOpen(Path("none/x").c_str(), QZFILE_TRUNCATE, 0, &file), QZ_E_FILE_NOT_FOUND);
+  EXPECT_EQ(file, kNoFile);
+}
+
 TEST_F(Files, ReadWriteSeekAndTheEndOfTheFile) {
   QZFileHandle file;
   ASSERT_EQ(QZFileOpen(Path("rw").c_str(), QZFILE_CREATE | kRW, 0x1B6, &file), QZ_S_CREATED);
@@ -455,6 +503,44 @@ TEST_F(Files, ListsATreeItMade) {
   }
 }
 
+// Entry times at and before the start of the POSIX range, in a zone at UTC: what the local-to-POSIX
+// conversion gives, -1 where it refuses. (File systems clamp stamps long before the range's end.)
+TEST_F(Files, EntryTimesAtTheStartOfTheRange) {
+  qztest::ScopedEnv zone("TZ", "UTC");
+  struct Case {
+    const char* name;
+    time_t stamp;
+    int64_t want;
+  };
+  const Case cases[] = {
+      {"epoch", 0, 0},
+      {"second", 1, 1},
+      {"before", -1, -1},
+      {"long-before", -315619200, -1},  // 1960-01-01
+  };
+  const std::string root = m_dir.File("times");
+  ASSERT_EQ(mkdir(root.c_str(), 0755), 0);
+  for (const Case& c : cases) {
+    const std::string name = root + "/" + c.name;
+    WriteText(name, "");
+    const struct timespec times[2] = {{c.stamp, 0}, {c.stamp, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, name.c_str(), times, 0), 0) << c.name;
+  }
+  QZDirHandle dir = nullptr;
+  ASSERT_EQ(QZDirOpen(Wide(root).c_str(), &dir), 0);
+  QZDirEntry entry;
+  std::map<std::string, std::pair<int64_t, int64_t>> seen;
+  while (QZDirRead(dir, &entry, sizeof entry) == 0) {
+    seen[qztest::Narrow(entry.name)] = {entry.modifyTime, entry.accessTime};
+  }
+  EXPECT_EQ(QZDirClose(dir), 0);
+  for (const Case& c : cases) {
+    ASSERT_EQ(seen.count(c.name), 1u) << c.name;
+    EXPECT_EQ(seen[c.name].first, c.want) << c.name;
+    EXPECT_EQ(seen[c.name].second, c.want) << c.name;
+  }
+}
+
 TEST_F(Files, DirectoryEdges) {
   const std::string empty = m_dir.File("empty");
   ASSERT_EQ(QZDirCreate(Wide(empty).c_str(), 0), 0);
@@ -482,7 +568,11 @@ TEST_F(Files, DirectoryEdges) {
     dir = nullptr;
     EXPECT_EQ(QZDirOpen(Wide(missing).c_str(), &dir), QZ_E_FILE_NOT_FOUND) << missing;
     EXPECT_EQ(dir, reinterpret_cast<QZDirHandle>(intptr_t{-1}));
+    // What the failed open left reads as no handle and closes as nothing.
+    EXPECT_EQ(QZDirRead(dir, &entry, sizeof entry), QZ_E_HANDLE) << missing;
+    EXPECT_EQ(QZDirClose(dir), 0) << missing;
   }
+  EXPECT_EQ(QZDirRead(nullptr, &entry, sizeof entry), QZ_E_HANDLE);
 }
 
 TEST_F(Files, CreateRemoveAndDeleteResults) {

@@ -47,9 +47,24 @@ struct OpenRequest {
   bool noAccess;    // neither read nor write asked for
   int extraFlags;   // O_CLOEXEC and the like
   mode_t mode;      // for a create
+  bool deleteOnClose;
 };
 
+// A regular file no one may write: what the library calls read-only.
+bool IsReadOnlyFile(const char* path) noexcept {
+  struct stat st;
+  return sys::stat(path, &st) == 0 && S_ISREG(st.st_mode) && (st.st_mode & 0222) == 0;
+}
+
 int OpenStep(const OpenRequest& request, int how) noexcept {
+  // An existing read-only file is not opened to be written, emptied or removed, whoever asks: the
+  // system would let root do all three.
+  const bool writes = !request.noAccess && request.accessFlags != O_RDONLY;
+  if ((how & O_CREAT) == 0 && (writes || (how & O_TRUNC) != 0 || request.deleteOnClose) &&
+      IsReadOnlyFile(request.path)) {
+    errno = EACCES;
+    return -1;
+  }
   const bool changes = (how & (O_CREAT | O_TRUNC)) != 0;
   if (request.noAccess && !changes) return OpenCloexec(request.path, O_PATH | O_NOCTTY);
   const int access = request.noAccess ? O_WRONLY : request.accessFlags;
@@ -118,15 +133,25 @@ bool SetLock(NativeFile file, short type, bool wait, uint32_t offset, uint32_t l
 NativeFile CreateFile(const char16_t* path, uint32_t access, uint32_t share, uint32_t disposition,
                       uint32_t attributes) noexcept {
   (void)share;  // no sharing modes on this platform
-  if (disposition < kCreateNew || disposition > kTruncateExisting ||
-      (disposition == kTruncateExisting && (access & kGenericWrite) == 0)) {
+  if (disposition < kCreateNew || disposition > kTruncateExisting) {
     SetLastError(kErrorInvalidParameter);
     return kInvalidFile;
   }
   const PathText utf8(path);
   if (!utf8.ok()) return kInvalidFile;
+  if (disposition == kTruncateExisting && (access & kGenericWrite) == 0) {
+    // Emptying needs write access; a file that is not there is reported as missing first.
+    struct stat st;
+    if (sys::stat(utf8.c_str(), &st) != 0) {
+      SetLastErrorFromPathErrno(errno, utf8.c_str());
+    } else {
+      SetLastError(kErrorInvalidParameter);
+    }
+    return kInvalidFile;
+  }
   OpenRequest request{utf8.c_str(), O_RDONLY, false, O_NOCTTY,
-                      (attributes & kAttributeReadOnly) != 0 ? kReadOnlyMode : kNormalMode};
+                      (attributes & kAttributeReadOnly) != 0 ? kReadOnlyMode : kNormalMode,
+                      (attributes & kFlagDeleteOnClose) != 0};
   switch (access & (kGenericRead | kGenericWrite)) {
     case kGenericRead: request.accessFlags = O_RDONLY; break;
     case kGenericWrite: request.accessFlags = O_WRONLY; break;
