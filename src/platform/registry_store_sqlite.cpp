@@ -84,8 +84,8 @@ constexpr const char* kStatements[kStmtCount] = {
     "SELECT id FROM keys WHERE tree=?1 AND path=?2",
     "INSERT INTO keys(tree, parent, name, path) VALUES(?1, ?2, ?3, ?4)",
     "SELECT type, data FROM vals WHERE key=?1 AND folded=?2",
-    "INSERT INTO vals(key, name, folded, type, data) VALUES(?1, ?2, ?3, ?4, ?5)"
-    " ON CONFLICT(key, folded) DO UPDATE SET type=excluded.type, data=excluded.data",
+    ("INSERT INTO vals(key, name, folded, type, data) VALUES(?1, ?2, ?3, ?4, ?5)"
+     " ON CONFLICT(key, folded) DO UPDATE SET type=excluded.type, data=excluded.data"),
     "DELETE FROM vals WHERE key=?1 AND folded=?2",
     "SELECT 1 FROM keys WHERE parent=?1 LIMIT 1",
     "DELETE FROM vals WHERE key=?1",
@@ -214,8 +214,6 @@ std::string JoinFolded(const std::string& base, const std::vector<std::u16string
 
 // --- Errors ------------------------------------------------------------------------------------
 
-constexpr uint32_t kStoreAbsent = 0xFFFFFFFFu;  // internal: no file and none can be made
-
 uint32_t ErrorFromSqlite(int rc) {
   switch (rc & 0xFF) {
     case SQLITE_OK:
@@ -261,7 +259,7 @@ class CStoreFile {
 
   std::mutex m_lock;  // leaf lock: guards everything below; held across each operation
 
-  // Makes sure the connection is open (m_lock held): 0, kStoreAbsent or a platform error.
+  // Makes sure the connection is open (m_lock held): 0 or a platform error.
   uint32_t Connect();
   bool ReadOnly() const { return m_readOnly; }
 
