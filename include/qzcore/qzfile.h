@@ -52,7 +52,8 @@ typedef struct QZDirEntry {
                             QZFILE_MODE_DIRECTORY for a directory */
   uint32_t sizeHigh;     /* upper half of the size in bytes */
   uint32_t sizeLow;      /* lower half of the size in bytes */
-  int64_t createTime;    /* creation (birth) time, POSIX seconds; 0 when not known or not convertible */
+  int64_t createTime;    /* creation (birth) time, POSIX seconds taken through local time; 0 when
+                            the system does not know it, -1 outside 1970..3000 */
   int64_t accessTime;    /* last access, the same way */
   int64_t modifyTime;    /* last write, the same way */
 } QZDirEntry;

@@ -21,22 +21,30 @@ int SystemGetrlimit(int resource, struct rlimit* limit) noexcept {
   return ::getrlimit(static_cast<__rlimit_resource_t>(resource), limit);
 }
 
-namespace {
-
-// The system's own calls, each behind a function of the entry's exact signature.
 #define QZ_SYSCALL_SYSTEM(name, result, params, args, system, failure) \
   result System_##name params noexcept { return system args; }
 QZ_SYSTEM_CALLS(QZ_SYSCALL_SYSTEM)
 #undef QZ_SYSCALL_SYSTEM
 
-}  // namespace
-
-Entry g_systemCalls[static_cast<unsigned>(Call::kCount)] = {
-#define QZ_SYSCALL_ENTRY(name, ...) \
-  {#name, reinterpret_cast<SystemCallPointer>(&System_##name), {reinterpret_cast<SystemCallPointer>(&System_##name)}, {0}, {0}},
+constinit Entry g_systemCalls[static_cast<unsigned>(Call::kCount)] = {
+#define QZ_SYSCALL_ENTRY(name, ...) {#name, {nullptr}, {0}, {0}},
     QZ_SYSTEM_CALLS(QZ_SYSCALL_ENTRY)
 #undef QZ_SYSCALL_ENTRY
 };
+
+namespace {
+
+// The system's own call of entry `index`.
+SystemCallPointer SystemCall(size_t index) noexcept {
+  static const SystemCallPointer kSystem[] = {
+#define QZ_SYSCALL_POINTER(name, ...) reinterpret_cast<SystemCallPointer>(&System_##name),
+      QZ_SYSTEM_CALLS(QZ_SYSCALL_POINTER)
+#undef QZ_SYSCALL_POINTER
+  };
+  return kSystem[index];
+}
+
+}  // namespace
 
 bool TakeInjectedFailure(Entry& entry, int* error) noexcept {
   int left = entry.failCount.load(std::memory_order_relaxed);
@@ -54,6 +62,8 @@ bool TakeInjectedFailure(Entry& entry, int* error) noexcept {
 namespace qz::os {
 namespace {
 
+using sys::SystemCall;
+
 sys::Entry* FindEntry(const char* name) noexcept {
   if (name == nullptr) return nullptr;
   for (auto& entry : sys::g_systemCalls) {
@@ -67,13 +77,16 @@ sys::Entry* FindEntry(const char* name) noexcept {
 bool SetSystemCall(const char* name, SystemCallPointer replacement) noexcept {
   sys::Entry* entry = FindEntry(name);
   if (entry == nullptr) return false;
-  entry->current.store(replacement != nullptr ? replacement : entry->system, std::memory_order_release);
+  const SystemCallPointer system = SystemCall(static_cast<size_t>(entry - sys::g_systemCalls));
+  entry->current.store(replacement == system ? nullptr : replacement, std::memory_order_release);
   return true;
 }
 
 SystemCallPointer GetSystemCall(const char* name) noexcept {
   const sys::Entry* entry = FindEntry(name);
-  return entry != nullptr ? entry->current.load(std::memory_order_acquire) : nullptr;
+  if (entry == nullptr) return nullptr;
+  const SystemCallPointer replaced = entry->current.load(std::memory_order_acquire);
+  return replaced != nullptr ? replaced : SystemCall(static_cast<size_t>(entry - sys::g_systemCalls));
 }
 
 const char* NextSystemCall(const char* name) noexcept {
@@ -96,7 +109,7 @@ bool FailSystemCall(const char* name, int nativeError, int count) noexcept {
 void ResetSystemCalls() noexcept {
   for (auto& entry : sys::g_systemCalls) {
     entry.failCount.store(0, std::memory_order_relaxed);
-    entry.current.store(entry.system, std::memory_order_release);
+    entry.current.store(nullptr, std::memory_order_release);
   }
 }
 

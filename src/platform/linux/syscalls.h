@@ -187,11 +187,17 @@ enum class Call : unsigned {
   kCount
 };
 
-// One entry of the table.
+// The system's own calls, each behind a function of the entry's exact signature.
+#define QZ_SYSCALL_SYSTEM_DECL(name, result, params, args, system, failure) \
+  result System_##name params noexcept;
+QZ_SYSTEM_CALLS(QZ_SYSCALL_SYSTEM_DECL)
+#undef QZ_SYSCALL_SYSTEM_DECL
+
+// One entry of the table. Every field is constant-initialised, so the table is ready before any
+// constructor of the library runs (the load hook among them), whatever the order of the files.
 struct Entry {
   const char* name;                          // the system's name of the call
-  SystemCallPointer system;                  // the system's own call
-  std::atomic<SystemCallPointer> current;    // what the wrapper calls: the system's or a test's
+  std::atomic<SystemCallPointer> current;    // a test's replacement, or null: the system's own
   std::atomic<int> failCount;                // calls still to fail at once (injection)
   std::atomic<int> failError;                // the error code they fail with
 };
@@ -208,7 +214,9 @@ bool TakeInjectedFailure(Entry& entry, int* error) noexcept;
     if (__builtin_expect(entry_.failCount.load(std::memory_order_relaxed) != 0, 0) &&     \
         TakeInjectedFailure(entry_, &injectedError_))                                     \
       return failure;                                                                     \
-    return reinterpret_cast<result(*) params>(entry_.current.load(std::memory_order_acquire)) args; \
+    const SystemCallPointer replaced_ = entry_.current.load(std::memory_order_acquire);  \
+    if (__builtin_expect(replaced_ == nullptr, 1)) return System_##name args;             \
+    return reinterpret_cast<result(*) params>(replaced_) args;                            \
   }
 QZ_SYSTEM_CALLS(QZ_SYSCALL_WRAPPER)
 #undef QZ_SYSCALL_WRAPPER
