@@ -16,7 +16,7 @@ using qztool::Utf8;
 
 std::u16string Wide(const std::string& text) { return std::u16string(text.begin(), text.end()); }
 
-std::string Result(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
+std::string Result(QZRESULT hr) { return qztool::Result(hr); }
 
 void TourFiles() {
   const char* base = std::getenv("TMPDIR");

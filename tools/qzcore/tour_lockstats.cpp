@@ -15,7 +15,6 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 void TourLockStats() {
@@ -45,10 +44,10 @@ void TourLockStats() {
   }
   const std::string file = dir + "/qzlockstats.csv";
   const std::u16string path(file.begin(), file.end());
-  Show("QZDumpLockStats(\"tour\", " + file + ")", Hex(static_cast<uint32_t>(QZDumpLockStats("tour", path.c_str()))));
+  Show("QZDumpLockStats(\"tour\", " + file + ")", qztool::Result(QZDumpLockStats("tour", path.c_str())));
   const std::string missing = dir + "/missing/qzlockstats.csv";
   const std::u16string bad(missing.begin(), missing.end());
-  Show("QZDumpLockStats into a missing directory", Hex(static_cast<uint32_t>(QZDumpLockStats("tour", bad.c_str()))));
+  Show("QZDumpLockStats into a missing directory", qztool::Result(QZDumpLockStats("tour", bad.c_str())));
   std::ifstream in(file);
   for (std::string line; std::getline(in, line);) std::printf("    | %s\n", line.c_str());
   std::remove(file.c_str());

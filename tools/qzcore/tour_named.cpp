@@ -14,12 +14,11 @@ extern char** environ;
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 constexpr char kChildCommand[] = "tour-named-child";
 
-std::string Code(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
+std::string Code(QZRESULT hr) { return qztool::Result(hr); }
 
 // The child: joins both objects, leaves a line in the memory and posts the semaphore.
 int NamedChild(int argc, char** argv) {

@@ -9,7 +9,6 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 std::string Text(const QZSystemTime& t) {
@@ -29,7 +28,7 @@ void TourTime() {
   Show("QZTimeGetSystem (UTC)", Text(utc));
   QZTimeZoneInfo zone;
   const QZRESULT hr = QZTimeGetZone(&zone);
-  Show("QZTimeGetZone", Hex(static_cast<uint32_t>(hr)) + ": bias " + std::to_string(zone.biasSeconds) + " s, daylight " +
+  Show("QZTimeGetZone", qztool::Result(hr) + ": bias " + std::to_string(zone.biasSeconds) + " s, daylight " +
                             std::to_string(zone.daylight) + ", " + qztool::Utf8(zone.standardName) + "/" +
                             qztool::Utf8(zone.daylightName));
 
@@ -55,12 +54,12 @@ void TourTime() {
   }
   const QZSystemTime before = Date(1969, 12, 31, 12), after = Date(3001, 1, 1, 12);
   const QZRESULT early = QZTimeToPosix(&before, &seconds);
-  Show("QZTimeToPosix(1969-12-31 12:00)", Hex(static_cast<uint32_t>(early)) + ", out " + std::to_string(seconds));
-  Show("QZTimeToPosix(3001-01-01 12:00)", Hex(static_cast<uint32_t>(QZTimeToPosix(&after, &seconds))));
+  Show("QZTimeToPosix(1969-12-31 12:00)", qztool::Result(early) + ", out " + std::to_string(seconds));
+  Show("QZTimeToPosix(3001-01-01 12:00)", qztool::Result(QZTimeToPosix(&after, &seconds)));
   QZSystemTime last;
   QZTimeFromPosix(32535215999, &last);
   Show("QZTimeFromPosix(32535215999), the last second", Text(last));
-  Show("QZTimeFromPosix(-1)", Hex(static_cast<uint32_t>(QZTimeFromPosix(-1, &last))));
+  Show("QZTimeFromPosix(-1)", qztool::Result(QZTimeFromPosix(-1, &last)));
 
   const int64_t frequency = QZPerfGetFreq();
   const int64_t count = QZPerfGetCount();

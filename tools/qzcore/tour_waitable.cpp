@@ -9,10 +9,9 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
-std::string Code(QZRESULT hr) { return Hex(static_cast<uint32_t>(hr)); }
+std::string Code(QZRESULT hr) { return qztool::Result(hr); }
 
 void TourWaitables() {
   // A producer hands ten items to a consumer through a semaphore; an auto-reset event reports back.
