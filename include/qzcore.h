@@ -16,6 +16,8 @@
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
 #include "qzcore/qznamed.h"
+#include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
+#include "qzcore/qzregistry.h"
 
 #endif /* QZCORE_H */

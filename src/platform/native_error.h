@@ -47,6 +47,9 @@ inline constexpr uint32_t kErrorArithmeticOverflow = 534;
 inline constexpr uint32_t kErrorTooManyPosts = 298;
 inline constexpr uint32_t kErrorOperationAborted = 995;
 inline constexpr uint32_t kErrorNoaccess = 998;
+inline constexpr uint32_t kErrorBadDb = 1009;             // the registry's file is damaged
+inline constexpr uint32_t kErrorRegistryIoFailed = 1016;  // the registry's file cannot be read or written
+inline constexpr uint32_t kErrorKeyDeleted = 1018;        // the open key was removed meanwhile
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kErrorCantResolveFilename = 1921;
 
