@@ -8,6 +8,10 @@
  * the next opener. A name the system cannot carry (one holding '/', or longer than 251 bytes) is
  * refused with QZ_E_FAIL; an empty name is valid.
  *
+ * A named semaphore is a semaphore of qzwaitable.h: QZNamedSemOpen(name, n, out) is
+ * QZSemaphoreCreate(n, name, 3, out), the QZNamedSem* operations are the QZSemaphore* ones (either
+ * set takes a handle made either way), and QZNamedSemClose is QZSemaphoreDestroy.
+ *
  * Named semaphore states: count 0..32767. Post adds one (refused at 32767), wait takes one and
  * blocks while the count is 0. A process that dies after a wait and before its post leaves the
  * count taken; one that dies while it waits takes nothing with it.
@@ -57,7 +61,8 @@ QZ_EXTERN_C_BEGIN
  * system cannot carry; QZ_E_OUTOFMEMORY; QZ_E_ACCESSDENIED; other system failures mapped. */
 QZ_API QZRESULT QZNamedSemOpen(const char* name, uint32_t initialCount, QZSemaphoreHandle* out);
 
-/* Closes the handle (null: nothing). The last holder in the system removes the name. Always 0. */
+/* QZSemaphoreDestroy: closes the handle (null: nothing). The last holder in the system removes the
+ * name. Always 0. */
 QZ_API QZRESULT QZNamedSemClose(QZSemaphoreHandle sem);
 
 /* Blocks without limit until it takes one from the count. 0, or a mapped system failure. */
@@ -91,8 +96,9 @@ QZ_API QZRESULT QZSharedMemAttach(QZSharedMemHandle shm, uint32_t access, void**
 /* Unmaps a view QZSharedMemAttach gave. 0; QZ_E_FAIL for an address that is not a view's. */
 QZ_API QZRESULT QZSharedMemDetach(void* address);
 
-/* Closes the handle. The object stays while this process has views of it; the last holder in the
- * system removes the name. 0, or QZ_E_HANDLE for a descriptor that is not open. */
+/* QZFileClose: closes the handle (QZFileClose on it is the same). The object stays while this
+ * process has views of it; the last holder in the system removes the name. 0, or QZ_E_HANDLE for
+ * a descriptor that is not open. */
 QZ_API QZRESULT QZSharedMemClose(QZSharedMemHandle shm);
 
 /* Fills *sd (caller's storage of QZ_SECURITY_DESCRIPTOR_SIZE bytes) with mode 0666 and one

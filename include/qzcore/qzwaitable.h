@@ -71,8 +71,10 @@ QZ_API QZRESULT QZGateWait(QZGateHandle gate);
 QZ_API QZRESULT QZGateTimedWait(QZGateHandle gate, uint32_t timeoutMs);
 QZ_API QZRESULT QZGateTryWait(QZGateHandle gate);
 
-/* Unnamed semaphores, maximum count 32767. Create: 0, or QZ_E_FAIL for an initial count above the
- * maximum. Post adds one: QZ_E_FAIL at the maximum, the count staying. TryWait: 0 when a unit was
+/* Semaphores, maximum count 32767. Without the flag bit 2 a semaphore is private to the process
+ * and its name is only kept; with it, Create opens or makes the named semaphore "SEM:<name>" (null
+ * name: "SEM:") of qznamed.h, shared by every process that opens the name, with the failures of
+ * QZNamedSemOpen. Create: 0, or QZ_E_FAIL for an initial count above the maximum. Post adds one: QZ_E_FAIL at the maximum, the count staying. TryWait: 0 when a unit was
  * taken, QZ_E_FAIL when none was free. GetValue always stores -1 and returns 0, whatever the count
  * (the handle is not looked at). */
 QZ_API QZRESULT QZSemaphoreCreate(uint32_t initialCount, const char* name, uint32_t flags, QZSemaphoreHandle* out);

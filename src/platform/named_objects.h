@@ -37,8 +37,12 @@ bool OpenNamedObject(const std::string& name, const NamedObjectRequest& request,
 
 // Gives up a handle; the last holder removes the name. A handle with views of its object still
 // mapped in this process leaves the removal to the last view's unmap. False (error 6) for a handle
-// that is not open.
+// that is not open. CloseHandle of file_system.h on a handle OpenNamedObject gave comes here too,
+// so a named object may be closed as a file is.
 bool CloseNamedObject(intptr_t handle) noexcept;
+
+// True when `handle` is one OpenNamedObject gave and nobody has closed yet.
+bool IsNamedObjectHandle(intptr_t handle) noexcept;
 
 // Maps the whole object of `handle`, read-write or read-only. A writable view of a read-only handle
 // fails with access denied (5). The view is known to UnmapNamedObject by its address.

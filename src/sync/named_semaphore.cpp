@@ -20,9 +20,7 @@ constexpr uint32_t kInfinite = 0xFFFFFFFFu;
 
 }  // namespace
 
-CQZNamedSemaphore::CQZNamedSemaphore(const char* name, uint32_t initialCount, uint32_t flags)
-    : m_name(name), m_flags(flags) {
-  if (initialCount > kMaxCount) ThrowNative(qz::os::kErrorInvalidParameter);
+CQZNamedSemaphore::CQZNamedSemaphore(const std::string& objectName, uint32_t initialCount) {
   QZNamedSemaphoreShared initial{};
   initial.count.store(initialCount, std::memory_order_relaxed);
   qz::os::NamedObjectRequest request;
@@ -30,7 +28,7 @@ CQZNamedSemaphore::CQZNamedSemaphore(const char* name, uint32_t initialCount, ui
   request.initial = &initial;
   request.initialLength = sizeof initial;
   qz::os::NamedObjectOpen opened;
-  if (!qz::os::OpenNamedObject("SEM:" + m_name, request, &opened)) qz::core::ThrowLastError();
+  if (!qz::os::OpenNamedObject(objectName, request, &opened)) qz::core::ThrowLastError();
   m_handle = opened.handle;
   m_created = opened.created;
   m_shared = static_cast<QZNamedSemaphoreShared*>(qz::os::MapNamedObject(m_handle, true));
@@ -57,9 +55,9 @@ bool CQZNamedSemaphore::TryTake() {
   return false;
 }
 
-QZRESULT CQZNamedSemaphore::Wait(uint32_t timeoutMs) {
-  if (TryTake()) return QZ_S_OK;
-  if (timeoutMs == 0) return QZ_E_FAIL;
+bool CQZNamedSemaphore::Wait(uint32_t timeoutMs) {
+  if (TryTake()) return true;
+  if (timeoutMs == 0) return false;
   using Clock = std::chrono::steady_clock;
   const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
   for (;;) {
@@ -67,7 +65,7 @@ QZRESULT CQZNamedSemaphore::Wait(uint32_t timeoutMs) {
     if (timeoutMs != kInfinite) {
       const auto remaining =
           std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-      if (remaining <= 0) return QZ_E_TIMEOUT;
+      if (remaining <= 0) return false;
       left = static_cast<uint32_t>(remaining);
     }
     // Counted as a sleeper before the last look at the count, so a post either sees the sleeper
@@ -78,9 +76,9 @@ QZRESULT CQZNamedSemaphore::Wait(uint32_t timeoutMs) {
       woken = qz::os::WaitOnSharedWord(&m_shared->count, 0, left);
     }
     m_shared->sleepers.fetch_sub(1, std::memory_order_relaxed);
-    if (TryTake()) return QZ_S_OK;
+    if (TryTake()) return true;
     if (!woken) {
-      if (qz::os::GetLastError() == qz::os::kErrorWaitTimeout) return QZ_E_TIMEOUT;
+      if (qz::os::GetLastError() == qz::os::kErrorWaitTimeout) return false;
       qz::core::ThrowLastError();
     }
   }

@@ -56,10 +56,6 @@ QZRESULT SharedMemDetach(void* address) noexcept {
   return qz::os::UnmapNamedObject(address) ? QZ_S_OK : LastResult();
 }
 
-QZRESULT SharedMemClose(QZSharedMemHandle shm) noexcept {
-  return qz::os::CloseNamedObject(shm) ? QZ_S_OK : LastResult();
-}
-
 static_assert(sizeof(QZSecurityDescriptor) == QZ_SECURITY_DESCRIPTOR_SIZE);
 
 QZRESULT BuildRestrictedSD(QZSecurityDescriptor* sd, uint32_t accessMask, void** aclOut) noexcept {

@@ -1,5 +1,6 @@
 // named_shared_memory.h - shared memory by name: open (create or join), views, close, and the
-// restricted security descriptor. The handle is the platform's own, with no object around it.
+// restricted security descriptor. The handle is the platform's own, with no object around it, and
+// it is closed as a file is (QZFileClose).
 #pragma once
 
 #include <cstdint>
@@ -16,7 +17,6 @@ QZRESULT SharedMemOpen(const char* name, uint32_t flags, uint32_t size, QZShared
 QZRESULT SharedMemAttach(QZSharedMemHandle shm, uint32_t access, void** address) noexcept;
 
 QZRESULT SharedMemDetach(void* address) noexcept;
-QZRESULT SharedMemClose(QZSharedMemHandle shm) noexcept;
 
 // The descriptor of QZWinBuildRestrictedSD: one allowed entry for Authenticated Users.
 QZRESULT BuildRestrictedSD(QZSecurityDescriptor* sd, uint32_t accessMask, void** aclOut) noexcept;

@@ -30,18 +30,22 @@ CQZEvent::CQZEvent(std::string name, uint32_t flags, bool manualReset)
 
 bool CQZEvent::Wait(uint32_t timeoutMs) { return Passed(m_handle.Wait(timeoutMs)); }
 
-uint32_t CQZSemaphore::CheckedInitial(uint32_t initialCount) {
+CQZSemaphore::Native CQZSemaphore::MakeNative(uint32_t initialCount, const std::string& name, uint32_t flags) {
   if (initialCount > kMaxCount) throw EQZCoreException(qz::core::ResultFromNative(qz::os::kErrorInvalidParameter));
-  return initialCount;
+  if ((flags & kNamedFlag) != 0) return Native(std::in_place_type<CQZNamedSemaphore>, "SEM:" + name, initialCount);
+  return Native(std::in_place_type<qz::os::WaitableObject>, qz::os::WaitableObject::Kind::kCounter, initialCount, kMaxCount);
 }
 
+// The name is read before it is moved: m_handle comes first.
 CQZSemaphore::CQZSemaphore(uint32_t initialCount, std::string name, uint32_t flags)
-    : m_handle(qz::os::WaitableObject::Kind::kCounter, CheckedInitial(initialCount), kMaxCount),
-      m_name(std::move(name)),
-      m_flags(flags) {}
+    : m_handle(MakeNative(initialCount, name, flags)), m_name(std::move(name)), m_flags(flags) {}
 
 void CQZSemaphore::Post() {
-  if (!m_handle.Set()) qz::core::ThrowLastError();
+  if (auto* named = std::get_if<CQZNamedSemaphore>(&m_handle)) return named->Post();
+  if (!std::get<qz::os::WaitableObject>(m_handle).Set()) qz::core::ThrowLastError();
 }
 
-bool CQZSemaphore::Wait(uint32_t timeoutMs) { return Passed(m_handle.Wait(timeoutMs)); }
+bool CQZSemaphore::Wait(uint32_t timeoutMs) {
+  if (auto* named = std::get_if<CQZNamedSemaphore>(&m_handle)) return named->Wait(timeoutMs);
+  return Passed(std::get<qz::os::WaitableObject>(m_handle).Wait(timeoutMs));
+}

@@ -1,6 +1,6 @@
 // waitable.h - the library's waitable objects: CQZCondition (a monitor), CQZEvent (auto or manual
 // reset), CQZGate (a manual-reset event that starts closed) and CQZSemaphore (a counter, maximum
-// 32767). The exports of qzcore/qzwaitable.h are thin over these; other families (thread
+// 32767, private to the process or shared by name). The exports of qzcore/qzwaitable.h are thin over these; other families (thread
 // hand-over, the reader/writer lock) use them from C++ directly.
 //
 // Contracts shared by all four:
@@ -11,13 +11,15 @@
 // - Every operation but construction and destruction may run on any thread at any time;
 //   destroying an object while another thread waits on it is the caller's error. The name is a
 //   private copy for diagnostics (null as empty) and nothing reads it back; the flags are kept
-//   as given.
+//   as given. Only a named semaphore hands its name on, to the object other processes open.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <variant>
 
 #include "platform/waitable.h"
+#include "sync/named_semaphore.h"
 
 // A lock and a condition variable in one object. The lock is recursive; a wait gives it up once
 // and holds it again on every return, timeout included. A wait may return without a signal, and a
@@ -84,12 +86,17 @@ class CQZGate final : public CQZEvent {
   bool TryWait() { return Wait(0); }
 };
 
-// A counting semaphore with the maximum count 32767.
+// A counting semaphore with the maximum count 32767: one object for both kinds, so every
+// semaphore operation and both close exports take either. The bit kNamedFlag of the flags chooses
+// the native part: clear, a counter private to the process; set, the object "SEM:" + name that
+// every process opening that name shares (opened when it exists; only its maker's count stands).
 class CQZSemaphore {
  public:
   static constexpr uint32_t kMaxCount = 32767;
+  static constexpr uint32_t kNamedFlag = 2;
 
-  // Throws QZ_E_FAIL (invalid parameter) for an initial count above kMaxCount.
+  // Throws QZ_E_FAIL (invalid parameter) for an initial count above kMaxCount, and for a named one
+  // the mapped failure of the open.
   CQZSemaphore(uint32_t initialCount, std::string name, uint32_t flags);
   CQZSemaphore(const CQZSemaphore&) = delete;
   CQZSemaphore& operator=(const CQZSemaphore&) = delete;
@@ -102,9 +109,10 @@ class CQZSemaphore {
   bool Wait(uint32_t timeoutMs);
 
  private:
-  static uint32_t CheckedInitial(uint32_t initialCount);
+  using Native = std::variant<qz::os::WaitableObject, CQZNamedSemaphore>;
+  static Native MakeNative(uint32_t initialCount, const std::string& name, uint32_t flags);
 
-  qz::os::WaitableObject m_handle;  // the native counter
-  std::string m_name;               // private copy; never read back
-  uint32_t m_flags;                 // stored
+  Native m_handle;     // the native counter, or the shared one of a named semaphore
+  std::string m_name;  // private copy; a named semaphore's object name is made from it
+  uint32_t m_flags;    // stored; only kNamedFlag is read
 };

@@ -39,20 +39,20 @@ class NamedInternal : public ::testing::Test {
 };
 
 TEST_F(NamedInternal, TimedWaitRunsOutOrIsWokenByAPost) {
-  CQZNamedSemaphore sem(m_name.c_str(), 0, CQZNamedSemaphore::kFlagNamed);
+  CQZNamedSemaphore sem("SEM:" + m_name, 0);
   EXPECT_TRUE(sem.Created());
-  EXPECT_EQ(sem.Wait(0), QZ_E_FAIL);
+  EXPECT_FALSE(sem.Wait(0));
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(sem.Wait(60), QZ_E_TIMEOUT);
+  EXPECT_FALSE(sem.Wait(60));
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(55));
 
   std::thread poster([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     sem.Post();
   });
-  EXPECT_EQ(sem.Wait(60000), 0);
+  EXPECT_TRUE(sem.Wait(60000));
   poster.join();
-  EXPECT_EQ(sem.Wait(0), QZ_E_FAIL);  // the one unit was taken once
+  EXPECT_FALSE(sem.Wait(0));  // the one unit was taken once
 }
 
 TEST_F(NamedInternal, SystemFailuresComeBackMappedAndLeaveNoName) {

@@ -341,6 +341,83 @@ TEST_F(Named, AWaiterKilledWhileWaitingWedgesNobody) {
   EXPECT_EQ(QZNamedSemClose(sem), 0);
 }
 
+// One semaphore object behind both sets of exports: whichever way it was made, the QZSemaphore*
+// and QZNamedSem* operations act on the same count, either close ends it, and only the named
+// kinds are the object another open of the name reaches.
+TEST_F(Named, EitherWayMadeSemaphoreServesBothSetsOfExports) {
+  struct Case {
+    const char* way;
+    int flags;      // for QZSemaphoreCreate; -1: QZNamedSemOpen
+    bool nullName;  // a null name: the object is "SEM:" alone
+    bool named;
+  };
+  const Case cases[] = {
+      {"QZNamedSemOpen", -1, false, true},         {"create, flags 2", 2, false, true},
+      {"create, flags 0xF2", 0xF2, false, true},   {"create, null name, flags 2", 2, true, true},
+      {"create, flags 0", 0, false, false},         {"create, flags 0xFD", 0xFD, false, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.way);
+    const std::string name = c.nullName ? "" : m_name;
+    auto make = [&](uint32_t count, QZSemaphoreHandle* out) {
+      if (c.flags < 0) return QZNamedSemOpen(name.c_str(), count, out);
+      return QZSemaphoreCreate(count, c.nullName ? nullptr : name.c_str(), c.flags, out);
+    };
+    auto exists = [&] { return access(("/dev/shm/SEM:" + name).c_str(), F_OK) == 0; };
+    QZSemaphoreHandle sem = kNoSem, other = nullptr;
+    ASSERT_EQ(make(1, &sem), 0);
+    EXPECT_EQ(exists(), c.named);
+    EXPECT_EQ(QZNamedSemTryWait(sem), 0);
+    EXPECT_EQ(QZSemaphoreTryWait(sem), QZ_E_FAIL);
+    EXPECT_EQ(QZSemaphorePost(sem), 0);
+    EXPECT_EQ(QZNamedSemWait(sem), 0);
+    EXPECT_EQ(QZNamedSemPost(sem), 0);
+    EXPECT_EQ(QZSemaphoreWait(sem), 0);
+
+    // A second open of the name, the other way, reaches this count only for the named kinds.
+    ASSERT_EQ(QZNamedSemOpen(name.c_str(), 0, &other), 0);
+    EXPECT_EQ(QZSemaphorePost(other), 0);
+    EXPECT_EQ(QZNamedSemTryWait(sem), c.named ? 0 : QZ_E_FAIL);
+    EXPECT_EQ(QZSemaphoreDestroy(other), 0);
+    EXPECT_EQ(c.named ? QZSemaphoreDestroy(sem) : QZNamedSemClose(sem), 0);
+    EXPECT_FALSE(exists());
+  }
+}
+
+// The child: joins the parent's semaphore through the create export and posts three units.
+TEST_F(NamedChild, PostThroughCreate) {
+  QZSemaphoreHandle sem = nullptr;
+  ASSERT_EQ(QZSemaphoreCreate(99, m_name.c_str(), 2, &sem), 0);  // joined: 99 is ignored
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(QZSemaphorePost(sem), 0);
+  EXPECT_EQ(QZSemaphoreDestroy(sem), 0);
+}
+
+TEST_F(Named, CreatedWithTheNamedFlagCrossesProcesses) {
+  QZSemaphoreHandle sem = nullptr;
+  ASSERT_EQ(QZSemaphoreCreate(0, m_name.c_str(), 2, &sem), 0);
+  const qztest::ChildResult child = Child("NamedChild.PostThroughCreate");
+  EXPECT_EQ(child.exitCode, 0) << child.out << child.err;
+  EXPECT_TRUE(TakeWithin(sem));
+  EXPECT_EQ(QZNamedSemWait(sem), 0);
+  EXPECT_EQ(QZSemaphoreTryWait(sem), 0);
+  EXPECT_EQ(QZNamedSemTryWait(sem), QZ_E_FAIL);
+  EXPECT_EQ(QZNamedSemClose(sem), 0);
+}
+
+// Shared memory closes as a file does: QZFileClose gives up a holder exactly as
+// QZSharedMemClose, the last one removing the name, and a closed handle is refused by both.
+TEST_F(Named, SharedMemoryClosesAsAFile) {
+  QZSharedMemHandle first = -1, second = -1;
+  ASSERT_EQ(QZSharedMemOpen(m_name.c_str(), QZ_SHM_CREATE, 0, 64, &first), QZ_S_CREATED);
+  ASSERT_EQ(QZSharedMemOpen(m_name.c_str(), QZ_SHM_CREATE, 0, 64, &second), 0);
+  EXPECT_EQ(QZFileClose(first), 0);
+  EXPECT_EQ(ShmEntries(m_name).size(), 1u);  // `second` still holds it
+  EXPECT_EQ(QZSharedMemClose(first), QZ_E_HANDLE);
+  EXPECT_EQ(QZFileClose(second), 0);
+  EXPECT_TRUE(ShmEntries(m_name).empty());
+  EXPECT_EQ(QZFileClose(second), QZ_E_HANDLE);
+}
+
 TEST(RestrictedDescriptor, OneEntryForAuthenticatedUsers) {
   QZSecurityDescriptor sd;
   std::memset(&sd, 0xAB, sizeof sd);

@@ -15,7 +15,6 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 void TourLockStats() {

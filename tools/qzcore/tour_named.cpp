@@ -14,7 +14,6 @@ extern char** environ;
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 constexpr char kChildCommand[] = "tour-named-child";

@@ -9,7 +9,6 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 std::string Text(const QZSystemTime& t) {

@@ -9,7 +9,6 @@
 
 namespace {
 
-using qztool::Hex;
 using qztool::Show;
 
 std::string Code(QZRESULT hr) { return qztool::Result(hr); }

@@ -16,6 +16,7 @@
 #include "path_text.h"
 #include "platform/file_system.h"
 #include "platform/last_error.h"
+#include "platform/named_objects.h"
 #include "platform/native_error.h"
 
 namespace qz::os {
@@ -190,6 +191,8 @@ NativeFile CreateFile(const char16_t* path, uint32_t access, uint32_t share, uin
 }
 
 bool CloseHandle(NativeFile file) noexcept {
+  // A named object's handle gives up its holder's part first (the last holder removes the name).
+  if (IsNamedObjectHandle(static_cast<intptr_t>(file))) return CloseNamedObject(static_cast<intptr_t>(file));
   // Linux releases the descriptor even when close reports EINTR: retrying could close another's.
   if (sys::close(Descriptor(file)) == 0 || errno == EINTR) return true;
   SetLastErrorFromErrno(errno);

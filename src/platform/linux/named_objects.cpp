@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <set>
 #include <utility>
 
 #include "errno_map.h"
@@ -171,6 +172,41 @@ class CViewTable {
   std::map<ObjectKey, std::string> m_closedWithViews;
 };
 
+// The descriptors that OpenNamedObject gave and nobody closed, with their objects, so that
+// closing one as a file still gives up its holder's part. The object is compared again at the
+// close, so a number closed behind the library's back and reused by another file is not taken for
+// a named object. The count spares other descriptors' closes the lock.
+class CHolderTable {
+ public:
+  void Add(int fd, const ObjectKey& object) {
+    std::lock_guard<std::mutex> hold(m_lock);
+    m_holders[fd] = object;
+    m_count.store(m_holders.size(), std::memory_order_release);
+  }
+  bool Contains(int fd, const ObjectKey& object) {
+    if (m_count.load(std::memory_order_acquire) == 0) return false;
+    std::lock_guard<std::mutex> hold(m_lock);
+    auto found = m_holders.find(fd);
+    return found != m_holders.end() && !(found->second < object) && !(object < found->second);
+  }
+  void Remove(int fd) noexcept {
+    std::lock_guard<std::mutex> hold(m_lock);
+    m_holders.erase(fd);
+    m_count.store(m_holders.size(), std::memory_order_release);
+  }
+  bool Empty() const noexcept { return m_count.load(std::memory_order_acquire) == 0; }
+
+ private:
+  std::mutex m_lock;  // leaf lock
+  std::map<int, ObjectKey> m_holders;
+  std::atomic<size_t> m_count{0};
+};
+
+CHolderTable& Holders() {
+  static CHolderTable* table = new CHolderTable;  // outlives every static destructor
+  return *table;
+}
+
 CViewTable& Views() {
   static CViewTable* table = new CViewTable;  // outlives every static destructor
   return *table;
@@ -261,8 +297,20 @@ bool OpenNamedObject(const std::string& name, const NamedObjectRequest& request,
     const std::string path = kShmDirectory + name;
     for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
       const int done = TryOpen(name, path, request, out);
-      if (done > 0) return true;
       if (done < 0) return false;
+      if (done == 0) continue;
+      try {
+        struct stat status {};
+        sys::fstat(static_cast<int>(out->handle), &status);  // an open descriptor: cannot fail
+        Holders().Add(static_cast<int>(out->handle), {status.st_dev, status.st_ino});
+      } catch (const std::bad_alloc&) {
+        RemoveIfLastHolder(static_cast<int>(out->handle), path);
+        CloseOrDie(static_cast<int>(out->handle));
+        out->handle = -1;
+        out->created = false;
+        throw;
+      }
+      return true;
     }
     return FailWith(kErrorBusy);  // the name kept changing under us
   } catch (const std::bad_alloc&) {
@@ -276,6 +324,7 @@ bool CloseNamedObject(intptr_t handle) noexcept {
   if (handle < 0 || handle > INT_MAX || sys::fstat(fd, &status) != 0) {
     return FailWith(kErrorInvalidHandle);
   }
+  Holders().Remove(fd);
   try {
     const std::string path = PathOf(fd);
     if (!Views().NoteClosedWithViews({status.st_dev, status.st_ino}, path)) {
@@ -286,6 +335,13 @@ bool CloseNamedObject(intptr_t handle) noexcept {
   }
   if (sys::close(fd) != 0 && errno != EINTR) return Fail(errno);
   return true;
+}
+
+bool IsNamedObjectHandle(intptr_t handle) noexcept {
+  if (handle < 0 || handle > INT_MAX || Holders().Empty()) return false;
+  struct stat status {};
+  if (sys::fstat(static_cast<int>(handle), &status) != 0) return false;
+  return Holders().Contains(static_cast<int>(handle), {status.st_dev, status.st_ino});
 }
 
 void* MapNamedObject(intptr_t handle, bool writable) noexcept {
