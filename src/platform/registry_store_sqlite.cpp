@@ -33,6 +33,7 @@
 #include "platform/process_info.h"
 #include "platform/registry_location.h"
 #include "platform/registry_store.h"
+#include "platform/utf8.h"
 
 namespace qz::os {
 namespace {
@@ -104,63 +105,12 @@ constexpr const char* kStatements[kStmtCount] = {
 
 // 16-bit text to UTF-8, with a lone surrogate written as its own three bytes.
 void AppendStoreText(std::string& out, std::u16string_view text) {
-  out.reserve(out.size() + text.size() * 3);
-  for (size_t i = 0; i < text.size(); ++i) {
-    char32_t cp = text[i];
-    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
-      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[++i] - 0xDC00);
-    }
-    if (cp < 0x80) {
-      out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-      out += static_cast<char>(0xC0 | (cp >> 6));
-      out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else if (cp < 0x10000) {
-      out += static_cast<char>(0xE0 | (cp >> 12));
-      out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | (cp >> 18));
-      out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-  }
+  out += Utf16ToUtf8KeepingSurrogates(text);
 }
 
 // The way back. Bytes that no writer of this store produces (a file edited by hand) become U+FFFD.
 std::u16string StoreTextToUtf16(const unsigned char* s, size_t n) {
-  std::u16string out;
-  out.reserve(n);
-  for (size_t i = 0; i < n;) {
-    const unsigned char b = s[i];
-    const size_t need = b < 0x80 ? 0 : (b & 0xE0) == 0xC0 ? 1 : (b & 0xF0) == 0xE0 ? 2 : (b & 0xF8) == 0xF0 ? 3 : 9;
-    char32_t cp = 0xFFFD;
-    size_t len = 1;
-    if (need == 0) {
-      cp = b;
-    } else if (need <= 3) {
-      char32_t v = b & (0x3F >> need);
-      size_t k = 1;
-      for (; k <= need && i + k < n && (s[i + k] & 0xC0) == 0x80; ++k) v = (v << 6) | (s[i + k] & 0x3F);
-      if (k == need + 1) {
-        static constexpr char32_t kMin[] = {0, 0x80, 0x800, 0x10000};
-        if (v >= kMin[need] && v <= 0x10FFFF) cp = v;
-        len = need + 1;
-      } else {
-        len = k;
-      }
-    }
-    if (cp >= 0x10000) {
-      cp -= 0x10000;
-      out += static_cast<char16_t>(0xD800 + (cp >> 10));
-      out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-    } else {
-      out += static_cast<char16_t>(cp);
-    }
-    i += len;
-  }
-  return out;
+  return Utf8ToUtf16KeepingSurrogates(std::string_view(reinterpret_cast<const char*>(s), n));
 }
 
 // Full case folding, independent of the locale. Unpaired surrogates pass unchanged.

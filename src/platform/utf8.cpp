@@ -24,9 +24,9 @@ void AppendUtf8(std::string& out, char32_t cp) {
   }
 }
 
-}  // namespace
-
-std::string Utf16ToUtf8Replacing(std::u16string_view text) {
+// UTF-16 to UTF-8; an unpaired surrogate becomes U+FFFD, or with `keepSurrogates` its own three
+// bytes.
+std::string Encode(std::u16string_view text, bool keepSurrogates) {
   std::string out;
   out.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
@@ -34,7 +34,7 @@ std::string Utf16ToUtf8Replacing(std::u16string_view text) {
     if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
       cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
       ++i;
-    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
+    } else if (cp >= 0xD800 && cp <= 0xDFFF && !keepSurrogates) {
       cp = 0xFFFD;
     }
     AppendUtf8(out, cp);
@@ -42,7 +42,9 @@ std::string Utf16ToUtf8Replacing(std::u16string_view text) {
   return out;
 }
 
-std::u16string Utf8ToUtf16Replacing(std::string_view text) {
+// UTF-8 to UTF-16; malformed bytes become U+FFFD, and so do encoded surrogates unless
+// `keepSurrogates`.
+std::u16string Decode(std::string_view text, bool keepSurrogates) {
   std::u16string out;
   out.reserve(text.size());
   const auto* s = reinterpret_cast<const uint8_t*>(text.data());
@@ -60,7 +62,7 @@ std::u16string Utf8ToUtf16Replacing(std::string_view text) {
       for (; k <= need && i + k < n && (s[i + k] & 0xC0) == 0x80; ++k) v = (v << 6) | (s[i + k] & 0x3F);
       if (k == need + 1) {
         static constexpr char32_t kMin[] = {0, 0x80, 0x800, 0x10000};
-        if (v >= kMin[need] && v <= 0x10FFFF && !(v >= 0xD800 && v <= 0xDFFF)) cp = v;
+        if (v >= kMin[need] && v <= 0x10FFFF && (keepSurrogates || !(v >= 0xD800 && v <= 0xDFFF))) cp = v;
         len = need + 1;
       } else {
         len = k;
@@ -77,5 +79,12 @@ std::u16string Utf8ToUtf16Replacing(std::string_view text) {
   }
   return out;
 }
+
+}  // namespace
+
+std::string Utf16ToUtf8Replacing(std::u16string_view text) { return Encode(text, false); }
+std::u16string Utf8ToUtf16Replacing(std::string_view text) { return Decode(text, false); }
+std::string Utf16ToUtf8KeepingSurrogates(std::u16string_view text) { return Encode(text, true); }
+std::u16string Utf8ToUtf16KeepingSurrogates(std::string_view text) { return Decode(text, true); }
 
 }  // namespace qz::os

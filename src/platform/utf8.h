@@ -14,6 +14,11 @@ namespace qz::os {
 std::string Utf16ToUtf8Replacing(std::u16string_view text);
 std::u16string Utf8ToUtf16Replacing(std::string_view text);
 
+// The same, except that an unpaired surrogate travels as its own three bytes and comes back as
+// itself, so every 16-bit text survives the round trip (for stores of 16-bit names).
+std::string Utf16ToUtf8KeepingSurrogates(std::u16string_view text);
+std::u16string Utf8ToUtf16KeepingSurrogates(std::string_view text);
+
 // Length of a NUL-terminated 16-bit string.
 inline size_t Utf16Length(const char16_t* text) noexcept {
   size_t n = 0;
