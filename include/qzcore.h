@@ -6,6 +6,8 @@
 #include "qzcore/qzresult.h"
 #include "qzcore/qzmemory.h"
 #include "qzcore/qzmutex.h"
+#include "qzcore/qztime.h"
+#include "qzcore/qzwaitable.h"
 #include "qzcore/qzstring.h"
 #include "qzcore/qzunicode.h"
 #include "qzcore/qzlocale.h"

@@ -73,6 +73,26 @@ QZ_API void* QZMutexGetOSMutex(QZMutexHandle mutex);
  * the plain class. No test of the handle. */
 QZ_API QZRESULT QZGetLockStats(QZMutexHandle mutex, QZMutexStats* stats);
 
+/* Appends one block of comma-separated text about every registered mutex to `path` (16-bit text;
+ * null: "qzlockstats.csv" in the current directory), created when missing, with lines ended by
+ * "\n" and flushed one by one:
+ *
+ *   BeginLockStatistics: <label> - <MM/DD/YYYY HH:MM:SS local time>
+ *   CPU Frequency,1000000                      (the time columns are microseconds)
+ *   Name/Handle,Held Count,Total Held Time,Max Held Time,Acquire Count,Total Acquire Time,
+ *     Max Acquire Time,Contention Count        (one line)
+ *   QZ_MUTEX:0x<16 upper-case hex digits>(<name>),<seven signed decimal figures, header order>
+ *   ...live mutexes by address, then retired ones ("QZ_DEL_MUTEX") by address...
+ *   EndLockStatistics: <label> - <time>
+ *   (two empty lines)
+ *
+ * `label` null means "LockStatsDump". Names are written as they stand (a comma in a name shifts the
+ * columns). The figures are read without taking the mutexes, so a row of a busy mutex is a snapshot
+ * whose columns need not agree. Returns 0; QZ_E_FAIL when the file cannot be opened (nothing is
+ * made), written or closed (the lines written so far stay; an earlier block is never touched);
+ * QZ_E_OUTOFMEMORY. Creating or destroying a mutex with statistics waits while a dump writes. */
+QZ_API QZRESULT QZDumpLockStats(const char* label, const QZWCHAR* path);
+
 /* Ends the life of every retired mutex and sets the figures of every live registered mutex to 0.
  * Always 0. */
 QZ_API QZRESULT QZResetLockStats(void);

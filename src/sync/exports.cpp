@@ -38,6 +38,10 @@ QZ_API QZRESULT QZGetLockStats(QZMutexHandle mutex, QZMutexStats* stats) {
   return MutexFromHandle(mutex)->GetStats(stats);
 }
 
+QZ_API QZRESULT QZDumpLockStats(const char* label, const QZWCHAR* path) {
+  return QZExportFrame([&] { return CQZGlobalData::m_lockStatManager->Dump(label, path); });
+}
+
 QZ_API QZRESULT QZResetLockStats(void) {
   CQZGlobalData::m_lockStatManager->ResetAll();
   return QZ_S_OK;

@@ -31,6 +31,12 @@ class CQZLockStatManager {
   void RetireEntry(int32_t newKind, int32_t oldKind, IMutex* mutex) noexcept;
   // Ends every retired mutex's life and zeroes the figures of the live ones.
   void ResetAll();
+  // Appends one block of comma-separated text to `path` (null: "qzlockstats.csv" in the current
+  // directory) under `label` (null: "LockStatsDump"): a head, one row per entry in register order,
+  // a tail. Figures are read without taking the mutexes. Returns the result of converting the
+  // time of the head (0). Throws: a file that cannot be opened, written or closed (a non-library
+  // exception, so the frame answers QZ_E_FAIL), allocation failures. What was written stays.
+  QZRESULT Dump(const char* label, const char16_t* path);
 
   using Key = std::pair<int32_t, uint64_t>;  // kind, then the mutex's address
   // A copy of the entries in register order, taken under the manager's mutex.

@@ -3,7 +3,7 @@
 
 #include "frame/error_report.h"
 #include "platform/process_info.h"
-#include "platform/ticks.h"
+#include "platform/stat_clock.h"
 
 std::atomic<int64_t> g_tickFrequency{0};
 
@@ -11,28 +11,34 @@ namespace {
 
 constexpr char16_t kAlertTitle[] = u"QZCore Critical Error";
 
-int64_t CurrentTicks() noexcept {
-  int64_t ticks;
-  if (qz::os::QueryPerformanceCounter(&ticks)) return ticks;
-  return static_cast<int64_t>(qz::os::GetTickCount());
+constexpr auto kRelaxed = std::memory_order_relaxed;
+
+// The statistics clock: the processor's own counter where it has a usable one. Its frequency is
+// settled before the first checked mutex exists, so every tick read here is in one unit.
+inline int64_t CurrentTicks() noexcept { return qz::os::StatClockTicks(); }
+
+// Adds to a figure that only the holder of the lock writes (a reset may zero it meanwhile).
+template <class T>
+inline void Add(std::atomic<T>& figure, T amount) noexcept {
+  figure.store(figure.load(kRelaxed) + amount, kRelaxed);
+}
+
+template <class T>
+inline void Raise(std::atomic<T>& figure, T value) noexcept {
+  if (value > figure.load(kRelaxed)) figure.store(value, kRelaxed);
 }
 
 // value * 1000000 / g_tickFrequency, multiplying first. The product is kept in 128 bits, so the
 // figures stay right for holds that add up to far more than the 64-bit product would allow.
 int64_t TicksToMicroseconds(int64_t value) noexcept {
-  return static_cast<int64_t>(static_cast<__int128>(value) * 1000000 / g_tickFrequency.load(std::memory_order_relaxed));
+  return static_cast<int64_t>(static_cast<__int128>(value) * 1000000 / g_tickFrequency.load(kRelaxed));
 }
 
 }  // namespace
 
 CQZCoreMutexChecked::CQZCoreMutexChecked(std::string name, uint32_t flags)
     : CQZCoreMutexImpl(std::move(name), flags) {
-  // Several threads may store it at once, always the same value.
-  if (g_tickFrequency.load(std::memory_order_relaxed) == 0) {
-    int64_t frequency;
-    g_tickFrequency.store(qz::os::QueryPerformanceFrequency(&frequency) ? frequency : 1000,
-                          std::memory_order_relaxed);
-  }
+  if (g_tickFrequency.load(kRelaxed) == 0) g_tickFrequency.store(qz::os::StatClockFrequency(), kRelaxed);
 }
 
 bool CQZCoreMutexChecked::FailsRecursionCheck() {
@@ -49,11 +55,11 @@ void CQZCoreMutexChecked::NoteAcquire(int64_t start) {
       m_acquiredAt = CurrentTicks();
       if (start != 0) {
         const int64_t waited = m_acquiredAt - start;
-        m_totalAcquireTime += waited;
-        if (waited > m_maxAcquireTime) m_maxAcquireTime = waited;
+        Add(m_totalAcquireTime, waited);
+        Raise(m_maxAcquireTime, waited);
       }
     }
-    ++m_acquireCount;
+    Add<uint64_t>(m_acquireCount, 1);
   }
   ++m_lockDepth;
 }
@@ -94,33 +100,32 @@ QZRESULT CQZCoreMutexChecked::Release() {
   if (Stats()) {
     if (m_lockDepth == 0) {
       const int64_t held = CurrentTicks() - m_acquiredAt;
-      m_totalHeldTime += held;
-      if (held > m_maxHeldTime) m_maxHeldTime = held;
+      Add(m_totalHeldTime, held);
+      Raise(m_maxHeldTime, held);
     }
-    ++m_heldCount;
+    Add<uint64_t>(m_heldCount, 1);
   }
   m_criticalSection.Leave();
   return QZ_S_OK;
 }
 
 QZRESULT CQZCoreMutexChecked::GetStats(QZMutexStats* stats) {
-  stats->maxAcquireTime = TicksToMicroseconds(m_maxAcquireTime);
-  stats->totalAcquireTime = TicksToMicroseconds(m_totalAcquireTime);
-  stats->acquireCount = static_cast<int64_t>(m_acquireCount);
-  stats->maxHeldTime = TicksToMicroseconds(m_maxHeldTime);
-  stats->totalHeldTime = TicksToMicroseconds(m_totalHeldTime);
-  stats->heldCount = static_cast<int64_t>(m_heldCount);
+  stats->maxAcquireTime = TicksToMicroseconds(m_maxAcquireTime.load(kRelaxed));
+  stats->totalAcquireTime = TicksToMicroseconds(m_totalAcquireTime.load(kRelaxed));
+  stats->acquireCount = static_cast<int64_t>(m_acquireCount.load(kRelaxed));
+  stats->maxHeldTime = TicksToMicroseconds(m_maxHeldTime.load(kRelaxed));
+  stats->totalHeldTime = TicksToMicroseconds(m_totalHeldTime.load(kRelaxed));
+  stats->heldCount = static_cast<int64_t>(m_heldCount.load(kRelaxed));
   stats->contentionCount = static_cast<int64_t>(m_criticalSection.ContentionCount());
   return QZ_S_OK;
 }
 
 void CQZCoreMutexChecked::ResetStats() {
-  m_maxAcquireTime = 0;
-  m_totalAcquireTime = 0;
-  m_acquireCount = 0;
-  m_maxHeldTime = 0;
-  m_totalHeldTime = 0;
-  m_heldCount = 0;
+  for (auto* figure : {&m_maxAcquireTime, &m_totalAcquireTime, &m_maxHeldTime, &m_totalHeldTime}) {
+    figure->store(0, kRelaxed);
+  }
+  m_acquireCount.store(0, kRelaxed);
+  m_heldCount.store(0, kRelaxed);
   m_criticalSection.ResetContentionCount();
 }
 

@@ -31,15 +31,18 @@ class CQZCoreMutexChecked : public CQZCoreMutexImpl {
   // Thread id of the holder, 0 when nobody holds it. Read before the lock is entered (only the
   // caller can have stored its own id), hence atomic, relaxed.
   std::atomic<uint32_t> m_owner{0};
-  int64_t m_acquiredAt = 0;         // ticks when the outermost acquire succeeded
-  int64_t m_maxAcquireTime = 0;     // longest wait to get the lock, ticks
-  int64_t m_totalAcquireTime = 0;   // sum of waits, ticks
-  uint64_t m_acquireCount = 0;      // acquires, recursive ones included
-  int64_t m_maxHeldTime = 0;        // longest outermost hold, ticks
-  int64_t m_totalHeldTime = 0;      // sum of outermost holds, ticks
-  uint64_t m_heldCount = 0;         // releases, recursive ones included
-  uint16_t m_lockDepth = 0;         // recursion depth
+  int64_t m_acquiredAt = 0;  // ticks when the outermost acquire succeeded
+  // The figures change under the platform lock but are read (dump) and zeroed (reset) by other
+  // threads without it: relaxed atomics, which cost plain loads and stores.
+  std::atomic<int64_t> m_maxAcquireTime{0};    // longest wait to get the lock, ticks
+  std::atomic<int64_t> m_totalAcquireTime{0};  // sum of waits, ticks
+  std::atomic<uint64_t> m_acquireCount{0};     // acquires, recursive ones included
+  std::atomic<int64_t> m_maxHeldTime{0};       // longest outermost hold, ticks
+  std::atomic<int64_t> m_totalHeldTime{0};     // sum of outermost holds, ticks
+  std::atomic<uint64_t> m_heldCount{0};        // releases, recursive ones included
+  uint16_t m_lockDepth = 0;                    // recursion depth
 };
 
-// Ticks per second of the statistics clock; 0 until the first checked mutex is built.
+// Ticks per second of the statistics clock (platform/stat_clock.h); 0 until the first checked
+// mutex is built, then never changed.
 extern std::atomic<int64_t> g_tickFrequency;

@@ -1,11 +1,19 @@
 // lock_register_test.cpp - the register of mutexes with statistics: live and retired entries,
 // their order, and who owns the reference when.
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <string>
+#include <thread>
 
 #include "frame/global_data.h"
 #include "qzcore/qzmutex.h"
 #include "sync/lock_stat_manager.h"
 #include "sync/mutex.h"
+#include "platform/system_calls.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -67,6 +75,44 @@ TEST(LockRegister, LiveEntriesComeFirstAndResetZeroesThem) {
   EXPECT_EQ(figures.acquireCount + figures.heldCount + figures.totalHeldTime + figures.maxHeldTime, 0);
   QZMutexDestroy(b);
   QZResetLockStats();
+}
+
+std::atomic<int> g_writes{0};
+
+// The system's write, except that the third call fails as a full disk would.
+ssize_t ThirdWriteFails(int fd, const void* data, size_t size) {
+  if (++g_writes == 3) {
+    errno = ENOSPC;
+    return -1;
+  }
+  return write(fd, data, size);
+}
+
+TEST(LockRegister, DumpThatBreaksOffKeepsWhatWasWritten) {
+  QZResetLockStats();
+  qztest::TempDir dir;
+  const std::string file = dir.File("stats.csv");
+  const std::u16string path(file.begin(), file.end());
+  g_writes = 0;
+  ASSERT_TRUE(qz::os::SetSystemCall("write", reinterpret_cast<qz::os::SystemCallPointer>(&ThirdWriteFails)));
+  EXPECT_EQ(QZDumpLockStats("broken", path.c_str()), QZ_E_FAIL);
+  qz::os::ResetSystemCalls();
+  const std::string text = qztest::ReadFile(file);
+  EXPECT_EQ(text.find("BeginLockStatistics: broken - "), 0u) << text;
+  EXPECT_NE(text.find("\nCPU Frequency,1000000\n"), std::string::npos) << text;
+  EXPECT_EQ(text.find("Name/Handle"), std::string::npos) << text;
+
+  // A failed close fails the call, but the block is whole; the register's lock is free again.
+  ASSERT_TRUE(qz::os::FailSystemCall("close", EIO));
+  EXPECT_EQ(QZDumpLockStats("closing", path.c_str()), QZ_E_FAIL);
+  qz::os::ResetSystemCalls();
+  EXPECT_NE(qztest::ReadFile(file).find("EndLockStatistics: closing - "), std::string::npos);
+  QZRESULT taken = QZ_E_FAIL;
+  std::thread([&] {
+    taken = QZMutexTryAcquire(Register().Mutex());
+    if (taken == 0) QZMutexRelease(Register().Mutex());
+  }).join();
+  EXPECT_EQ(taken, 0);
 }
 
 }  // namespace

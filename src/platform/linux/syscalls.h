@@ -155,7 +155,15 @@
   X(gettid, pid_t, (), (), ::gettid, QZ_FAIL_ERRNO(-1))                                             \
   X(sched_yield, int, (), (), ::sched_yield, QZ_FAIL_ERRNO(-1))                                     \
   X(raise, int, (int signal), (signal), ::raise, QZ_FAIL_ERRNO(-1))                                \
-  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))
+  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))  \
+  /* time and the zone */                                                                           \
+  X(clock_gettime, int, (clockid_t clock, struct timespec* time), (clock, time), ::clock_gettime,  \
+    QZ_FAIL_ERRNO(-1))                                                                              \
+  X(localtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),        \
+    ::localtime_r, QZ_FAIL_ERRNO(nullptr))                                                          \
+  X(gmtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),           \
+    ::gmtime_r, QZ_FAIL_ERRNO(nullptr))                                                             \
+  X(mktime, time_t, (struct tm * fields), (fields), ::mktime, QZ_FAIL_ERRNO(-1))
 
 namespace qz::os::sys {
 

@@ -2,17 +2,16 @@
 // millisecond counter.
 #include "platform/ticks.h"
 
-#include <time.h>
-
 #include <cerrno>
 
 #include "errno_map.h"
+#include "syscalls.h"
 
 namespace qz::os {
 
 bool QueryPerformanceCounter(int64_t* ticks) noexcept {
   struct timespec ts;
-  if (clock_gettime(CLOCK_MONOTONIC, &ts) != 0) {
+  if (sys::clock_gettime(CLOCK_MONOTONIC, &ts) != 0) {
     SetLastErrorFromErrno(errno);
     return false;
   }
@@ -27,7 +26,7 @@ bool QueryPerformanceFrequency(int64_t* frequency) noexcept {
 
 uint32_t GetTickCount() noexcept {
   struct timespec ts;
-  if (clock_gettime(CLOCK_BOOTTIME, &ts) != 0) clock_gettime(CLOCK_MONOTONIC, &ts);
+  if (sys::clock_gettime(CLOCK_BOOTTIME, &ts) != 0 && sys::clock_gettime(CLOCK_MONOTONIC, &ts) != 0) ts = {};
   const uint64_t ms = static_cast<uint64_t>(ts.tv_sec) * 1000 + static_cast<uint64_t>(ts.tv_nsec) / 1000000;
   return static_cast<uint32_t>(ms);
 }
