@@ -8,11 +8,14 @@
 #include "qzcore/qzmutex.h"
 #include "qzcore/qztime.h"
 #include "qzcore/qzwaitable.h"
+#include "qzcore/qzfile.h"
+#include "qzcore/qzsysinfo.h"
 #include "qzcore/qzstring.h"
 #include "qzcore/qzunicode.h"
 #include "qzcore/qzlocale.h"
 #include "qzcore/qztextfile.h"
 #include "qzcore/qzhost.h"
+#include "qzcore/qzprocess.h"
 #include "qzcore/qzgetopt.h"
 
 #endif /* QZCORE_H */

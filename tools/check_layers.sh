@@ -15,8 +15,9 @@
 #   component (6)               the component model (on the registry and libraries)
 #   start    (9)  start and stop, which build every family's global objects
 #
-# One exception: a family's exports.cpp may include start/client_data.h, to reach the managers the
-# start built. A new folder must be given a rank here before it builds.
+# One exception: a family's exports.cpp (or <concept>_exports.cpp) may include
+# start/client_data.h, to reach the managers the start built. A new folder must be given a rank
+# here before it builds.
 #
 # Second rule: outside src/platform/linux/ no file includes an operating-system header, or a
 # platform-folder header that carries one. Allowed angle includes are the C++ standard headers
@@ -58,7 +59,7 @@ while IFS= read -r file; do
         if [[ -z ${RANK[$tfolder]+set} ]]; then
           fail "$file includes \"$target\": unknown folder"
         elif [[ $tfolder != "$folder" && ${RANK[$tfolder]} -ge $own ]]; then
-          if [[ $target == start/client_data.h && $file == src/*/exports.cpp ]]; then continue; fi
+          if [[ $target == start/client_data.h && $file == src/*/*exports.cpp ]]; then continue; fi
           fail "$file includes \"$target\": $folder may not include $tfolder"
         fi
         if [[ $in_platform_dir == 0 && $target == platform/linux/* ]]; then

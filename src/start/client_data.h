@@ -5,6 +5,7 @@
 #pragma once
 
 #include "frame/ref_counted.h"
+#include "thread/process_manager.h"
 
 // The managers behind the exports, built in the order of their members and destroyed in reverse.
 // Its count stays 0: the stop destroys it directly.
@@ -12,4 +13,6 @@ class CQZClientData : public CQZCoreRefCounted {
  public:
   CQZClientData();
   ~CQZClientData() override;
+
+  CQZProcessManager m_processManager;  // child processes; built first of the managers
 };

@@ -1,5 +1,6 @@
 // process_info.cpp - thread and process identity, yielding, traps and sessions on Linux.
 #include "platform/process_info.h"
+#include "platform/system_info.h"
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -58,7 +59,7 @@ ActiveConsoleSessionFn FindActiveConsoleSessionQuery() noexcept { return nullptr
 bool QueryPlatformVersion(uint32_t* platformId, uint32_t* majorVersion) noexcept {
   struct utsname un;
   if (sys::uname(&un) != 0) return false;
-  *platformId = 0;  // not the first platform's family
+  *platformId = kPlatformIdLinux;  // not the first platform's family
   *majorVersion = static_cast<uint32_t>(strtoul(un.release, nullptr, 10));
   return true;
 }

@@ -17,6 +17,10 @@ int SystemPidfdOpen(pid_t pid, unsigned flags) noexcept {
   return static_cast<int>(::syscall(SYS_pidfd_open, pid, flags));
 }
 
+int SystemGetrlimit(int resource, struct rlimit* limit) noexcept {
+  return ::getrlimit(static_cast<__rlimit_resource_t>(resource), limit);
+}
+
 namespace {
 
 // The system's own calls, each behind a function of the entry's exact signature.

@@ -23,6 +23,7 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/random.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/socket.h>
 #include <sys/sysinfo.h>
@@ -155,7 +156,7 @@
   X(gettid, pid_t, (), (), ::gettid, QZ_FAIL_ERRNO(-1))                                             \
   X(sched_yield, int, (), (), ::sched_yield, QZ_FAIL_ERRNO(-1))                                     \
   X(raise, int, (int signal), (signal), ::raise, QZ_FAIL_ERRNO(-1))                                \
-  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))  \
+  X(getsid, pid_t, (pid_t pid), (pid), ::getsid, QZ_FAIL_ERRNO(-1))                                \
   /* time and the zone */                                                                           \
   X(clock_gettime, int, (clockid_t clock, struct timespec* time), (clock, time), ::clock_gettime,  \
     QZ_FAIL_ERRNO(-1))                                                                              \
@@ -163,7 +164,12 @@
     ::localtime_r, QZ_FAIL_ERRNO(nullptr))                                                          \
   X(gmtime_r, struct tm*, (const time_t* seconds, struct tm* fields), (seconds, fields),           \
     ::gmtime_r, QZ_FAIL_ERRNO(nullptr))                                                             \
-  X(mktime, time_t, (struct tm * fields), (fields), ::mktime, QZ_FAIL_ERRNO(-1))
+  X(mktime, time_t, (struct tm * fields), (fields), ::mktime, QZ_FAIL_ERRNO(-1))                   \
+  /* system information */                                                                        \
+  X(sysconf, long, (int name), (name), ::sysconf, QZ_FAIL_ERRNO(-1L))                              \
+  X(getrlimit, int, (int resource, struct rlimit* limit), (resource, limit),                       \
+    qz::os::sys::SystemGetrlimit, QZ_FAIL_ERRNO(-1))                                                \
+  X(geteuid, uid_t, (), (), ::geteuid, (QZ_FAIL_VOID, static_cast<uid_t>(-1)))
 
 namespace qz::os::sys {
 
@@ -171,6 +177,8 @@ namespace qz::os::sys {
 long SystemFutex(uint32_t* word, int operation, uint32_t value, const struct timespec* timeout,
                  uint32_t* word2, uint32_t value3) noexcept;
 int SystemPidfdOpen(pid_t pid, unsigned flags) noexcept;
+// glibc's getrlimit takes an enumeration in C++; the table's entry takes the plain number.
+int SystemGetrlimit(int resource, struct rlimit* limit) noexcept;
 
 enum class Call : unsigned {
 #define QZ_SYSCALL_ENUM(name, ...) name,
