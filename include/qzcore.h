@@ -8,6 +8,8 @@
 #include "qzcore/qzmutex.h"
 #include "qzcore/qztime.h"
 #include "qzcore/qzwaitable.h"
+#include "qzcore/qzrwlock.h"
+#include "qzcore/qzthread.h"
 #include "qzcore/qzfile.h"
 #include "qzcore/qzsysinfo.h"
 #include "qzcore/qzstring.h"

@@ -47,6 +47,7 @@ inline constexpr uint32_t kErrorArithmeticOverflow = 534;
 inline constexpr uint32_t kErrorTooManyPosts = 298;
 inline constexpr uint32_t kErrorOperationAborted = 995;
 inline constexpr uint32_t kErrorNoaccess = 998;
+inline constexpr uint32_t kErrorPossibleDeadlock = 1131;
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kErrorCantResolveFilename = 1921;
 

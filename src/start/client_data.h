@@ -6,6 +6,7 @@
 
 #include "frame/ref_counted.h"
 #include "thread/process_manager.h"
+#include "thread/thread_manager.h"
 
 // The managers behind the exports, built in the order of their members and destroyed in reverse.
 // Its count stays 0: the stop destroys it directly.
@@ -15,4 +16,5 @@ class CQZClientData : public CQZCoreRefCounted {
   ~CQZClientData() override;
 
   CQZProcessManager m_processManager;  // child processes; built first of the managers
+  CQZThreadManager m_threadManager;    // threads made for clients, and the loading thread
 };

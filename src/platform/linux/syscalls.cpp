@@ -31,7 +31,9 @@ QZ_SYSTEM_CALLS(QZ_SYSCALL_SYSTEM)
 
 }  // namespace
 
-Entry g_systemCalls[static_cast<unsigned>(Call::kCount)] = {
+// Filled before any unprioritised initializer runs, the load hook's among them: the start already
+// makes system calls (the thread manager records the loading thread's id).
+__attribute__((init_priority(101))) Entry g_systemCalls[static_cast<unsigned>(Call::kCount)] = {
 #define QZ_SYSCALL_ENTRY(name, ...) \
   {#name, reinterpret_cast<SystemCallPointer>(&System_##name), {reinterpret_cast<SystemCallPointer>(&System_##name)}, {0}, {0}},
     QZ_SYSTEM_CALLS(QZ_SYSCALL_ENTRY)
