@@ -150,6 +150,12 @@ size_t CQZThreadManager::ThreadCount() {
   return m_map.size();
 }
 
+bool CQZThreadManager::HasFinished(uint32_t id) {
+  CQZMutexGuard guard(m_mapMutex);
+  const auto entry = m_map.find(id);
+  return entry != m_map.end() && entry->second->m_finished;
+}
+
 namespace qz::core {
 
 uintptr_t RunThreadFunction(CQZThreadStartBlock* block) {

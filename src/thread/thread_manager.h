@@ -69,8 +69,10 @@ class CQZThreadManager {
   void MarkDetached(uint32_t id);
   void MarkFinished(uint32_t id);
 
-  // Records in the map now (for tests and diagnostics).
+  // Records in the map now, and whether the function of `id` has returned (for tests and
+  // diagnostics; false for an unknown id).
   size_t ThreadCount();
+  bool HasFinished(uint32_t id);
 
  private:
   void Mark(uint32_t id, bool CQZThreadData::*flag, bool CQZThreadData::*other, const char* what);

@@ -63,14 +63,8 @@ TEST_F(ThreadRecords, RecordLeavesWhenBothEndAndClaimHaveHappened) {
       for (int i = 0; i < 5000 && Known(id); ++i) QZSleep(1);
     } else {
       gate = true;
-      for (int i = 0; i < 5000; ++i) {  // ended, not claimed: the record waits for the join
-        CQZThreadData* record = Manager().FindThread(id);
-        const bool finished = record->m_finished;
-        qz::core::Release(record);
-        if (finished) break;
-        QZSleep(1);
-      }
-      EXPECT_TRUE(Known(id));
+      for (int i = 0; i < 5000 && !Manager().HasFinished(id); ++i) QZSleep(1);
+      EXPECT_TRUE(Manager().HasFinished(id));  // ended, not claimed: the record waits for the join
       ASSERT_EQ(QZThreadJoin(thread, nullptr), 0);
     }
     EXPECT_FALSE(Known(id));
