@@ -1,6 +1,6 @@
-// thread_join_test.cpp - threads as callers see them: exit codes cut to 32 bits, join and detach
-// in either order against the end of the function, from several threads at once, the requested
-// stack, the unknown and given-up ids, and the calls on the calling thread.
+// thread_join_test.cpp - threads as callers see them: exit codes cut to 32 bits, the requested
+// stack, joins the library refuses, the detach of an unknown id, and the calls on the calling
+// thread. (Join and detach against the end of the function: thread_record_test.cpp.)
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sched.h>
@@ -17,23 +17,7 @@
 
 namespace {
 
-// Polls `done` for up to five seconds: waiting for other threads without a timed assertion.
-template <class Done>
-bool Eventually(Done done) {
-  for (int i = 0; i < 5000; ++i) {
-    if (done()) return true;
-    QZSleep(1);
-  }
-  return done();
-}
-
 uintptr_t ReturnArgument(void* argument) { return reinterpret_cast<uintptr_t>(argument); }
-
-// Waits until *gate is set, then returns 5.
-uintptr_t WaitForGate(void* gate) {
-  while (!static_cast<std::atomic<bool>*>(gate)->load()) std::this_thread::yield();
-  return 5;
-}
 
 uintptr_t StackSize(void*) {
   pthread_attr_t attributes;
@@ -67,78 +51,8 @@ TEST(Thread, ExitCodeIsTheLowHalfOfTheResult) {
   }
 }
 
-TEST(Thread, JoinAndDetachInEitherOrderAgainstTheEnd) {
-  enum Claim { kJoin, kJoinNullCode, kDetach };
-  const struct {
-    Claim claim;
-    bool endFirst;  // the function returns before the claim is made
-  } cases[] = {{kJoin, true}, {kJoin, false}, {kJoinNullCode, true}, {kJoinNullCode, false},
-               {kDetach, true}, {kDetach, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(::testing::Message() << "claim " << c.claim << " end first " << c.endFirst);
-    std::atomic<bool> gate{c.endFirst};
-    const QZThreadHandle thread = Start(&WaitForGate, &gate);
-    if (c.endFirst) QZSleep(20);  // most likely ended; either way the outcome is the same
-    uint64_t code = 0;
-    if (c.claim == kDetach) {
-      EXPECT_EQ(QZThreadDetach(thread), 0);
-      gate = true;
-    } else {
-      std::thread opener([&] {
-        QZSleep(c.endFirst ? 0 : 20);
-        gate = true;
-      });
-      EXPECT_EQ(QZThreadJoin(thread, c.claim == kJoin ? &code : nullptr), 0);
-      opener.join();
-      EXPECT_EQ(code, c.claim == kJoin ? 5u : 0u);
-    }
-    // Once both have happened the id is unknown; a detached thread is never joined.
-    ASSERT_TRUE(Eventually([&] { return QZThreadJoin(thread, &code) == QZ_E_HANDLE; }));
-  }
-}
 
-TEST(Thread, GivenUpThreadIsNeverJoined) {
-  std::atomic<bool> gate{false};
-  const QZThreadHandle thread = Start(&WaitForGate, &gate);
-  EXPECT_EQ(QZThreadDetach(thread), 0);
-  uint64_t code = 9;
-  EXPECT_EQ(QZThreadJoin(thread, &code), QZ_E_HANDLE);  // running, detached: the record stays
-  EXPECT_EQ(code, 0u);
-  EXPECT_EQ(QZThreadDetach(thread), QZ_E_HANDLE);       // nothing left to give up
-  gate = true;
-  ASSERT_TRUE(Eventually([&] { return QZThreadJoin(thread, &code) == QZ_E_HANDLE; }));
-  EXPECT_EQ(QZThreadJoin(0xFFFFFFF0u, &code), QZ_E_HANDLE);  // never made here
-}
 
-TEST(Thread, ManyThreadsCreateJoinAndDetachAtOnce) {
-  constexpr int kCreators = 6, kEach = 25;
-  std::atomic<int> wrongCodes{0}, failures{0};
-  std::vector<std::thread> creators;
-  for (int t = 0; t < kCreators; ++t) {
-    creators.emplace_back([&, t] {
-      for (int i = 0; i < kEach; ++i) {
-        const uintptr_t value = (uintptr_t{1} << 40) + t * 1000 + i;
-        QZThreadHandle thread;
-        uint32_t id;
-        if (QZThreadCreate(&ReturnArgument, reinterpret_cast<void*>(value), nullptr, 0, &thread, &id) != 0) {
-          ++failures;
-          continue;
-        }
-        uint64_t code = 0;
-        if ((i % 3) == 0) {
-          if (QZThreadDetach(thread) != 0) ++failures;
-        } else if (QZThreadJoin(thread, &code) != 0) {
-          ++failures;
-        } else if (code != (value & 0xFFFFFFFF)) {
-          ++wrongCodes;
-        }
-      }
-    });
-  }
-  for (auto& creator : creators) creator.join();
-  EXPECT_EQ(failures.load(), 0);
-  EXPECT_EQ(wrongCodes.load(), 0);
-}
 
 // glibc may hand a cached stack of up to four times the size asked for, so only the floor is sure.
 TEST(Thread, StackIsAtLeastTheRequestedSize) {
