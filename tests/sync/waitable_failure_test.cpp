@@ -52,15 +52,6 @@ TEST(WaitableClasses, CppContracts) {
     EXPECT_EQ(e.m_result, QZ_E_FAIL);
   }
 
-  CQZGate gate("g", CQZEvent::kManualResetFlag ^ 0xFF);
-  EXPECT_FALSE(gate.TryWait());
-  std::thread opener([&] { gate.Open(); });
-  EXPECT_TRUE(gate.Wait(qz::os::kInfinite));
-  opener.join();
-  EXPECT_TRUE(gate.TryWait());
-  gate.Close();
-  EXPECT_FALSE(gate.Wait(1));
-
   // A waiter may destroy its event as soon as its wait returns, while the signaller is still in
   // Signal: the hand-over pattern of thread start-up.
   for (int i = 0; i < 200; ++i) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "qzcore.h"
+#include "support/test_support.h"
 
 namespace {
 
@@ -265,8 +266,11 @@ TEST(Condition, MonitorWithPredicate) {
   other.join();
   EXPECT_TRUE(entered.load());
 
-  // A wait by a thread that does not hold the lock is refused by the platform.
-  EXPECT_EQ(QZConditionTimedWait(condition, 10), QZ_E_ACCESSDENIED);
+  // A wait by a thread that does not hold the lock is refused by the platform (ThreadSanitizer
+  // reports the deliberate unheld release, so that run steps aside).
+  if (!qztest::kThreadSanitizer) {
+    EXPECT_EQ(QZConditionTimedWait(condition, 10), QZ_E_ACCESSDENIED);
+  }
 
   // Broadcast wakes every waiter; each leaves with the lock held and its predicate true.
   int ready = 0, woken = 0;
