@@ -30,7 +30,13 @@ namespace {
 
 CQZThreadManager::CQZThreadManager() {
   QZMutexCreate("CQZThreadManager::m_mapMutex", 0, &m_mapMutex);  // the result is not looked at
-  AddThread(qz::os::GetCurrentThreadId(), qz::os::kCurrentThreadPseudo);
+  try {
+    AddThread(qz::os::GetCurrentThreadId(), qz::os::kCurrentThreadPseudo);
+  } catch (...) {
+    // No destructor runs for a constructor that throws: the mutex goes here.
+    if (qz::core::IsMutexHandle(m_mapMutex)) QZMutexDestroy(m_mapMutex);
+    throw;
+  }
 }
 
 CQZThreadManager::~CQZThreadManager() {
@@ -99,14 +105,14 @@ void CQZThreadManager::Detach(uint32_t id) {
 
 void CQZThreadManager::AddThread(uint32_t id, qz::os::NativeThread handle) {
   CQZMutexGuard guard(m_mapMutex);
-  auto* record = new CQZThreadData(handle);
-  qz::core::AddRef(record);
-  auto [entry, inserted] = m_map.try_emplace(id, record);
+  auto record = std::make_unique<CQZThreadData>(handle);
+  auto [entry, inserted] = m_map.try_emplace(id, nullptr);  // may throw; then nothing changed
   if (!inserted) {
     // A recycled id: the old record goes, its thread is never joined or detached.
     qz::core::Release(entry->second);
-    entry->second = record;
   }
+  qz::core::AddRef(record.get());
+  entry->second = record.release();
 }
 
 CQZThreadData* CQZThreadManager::FindThread(uint32_t id) {
