@@ -50,6 +50,7 @@ inline constexpr uint32_t kErrorNoaccess = 998;
 inline constexpr uint32_t kErrorBadDb = 1009;             // the registry's file is damaged
 inline constexpr uint32_t kErrorRegistryIoFailed = 1016;  // the registry's file cannot be read or written
 inline constexpr uint32_t kErrorKeyDeleted = 1018;        // the open key was removed meanwhile
+inline constexpr uint32_t kErrorPossibleDeadlock = 1131;
 inline constexpr uint32_t kErrorTimeout = 1460;
 inline constexpr uint32_t kErrorCantResolveFilename = 1921;
 

@@ -8,6 +8,7 @@
 #include "component/lib_manager.h"
 #include "frame/ref_counted.h"
 #include "thread/process_manager.h"
+#include "thread/thread_manager.h"
 
 // The managers behind the exports, built in the order of their members and destroyed in reverse.
 // Its count stays 0: the stop destroys it directly.
@@ -17,6 +18,7 @@ class CQZClientData : public CQZCoreRefCounted {
   ~CQZClientData() override;
 
   CQZProcessManager m_processManager;  // child processes; built first of the managers
+  CQZThreadManager m_threadManager;    // threads made for clients, and the loading thread
   CQZLibManager m_libManager;          // loading and searching libraries (stateless)
   CQZFactoryManager m_factoryManager;  // the class-object cache
 };

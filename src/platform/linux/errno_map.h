@@ -14,6 +14,7 @@ enum class ErrnoContext {
                    // file (2) needs the path: SetLastErrorFromPathErrno
   kExclusiveCreate,// O_CREAT|O_EXCL: EEXIST becomes 80
   kByteRangeLock,  // a non-blocking byte-range lock: EWOULDBLOCK/EAGAIN become 33
+  kThreadCreate,   // starting a thread: EAGAIN (no room for another thread) becomes 8
 };
 
 // The platform number for `err` in `context`.

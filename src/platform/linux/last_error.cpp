@@ -56,7 +56,8 @@ thread_local uint32_t t_lastError = 0;  // this thread's last platform error
   X(ENOEXEC, kErrorBadExeFormat)               \
   X(EFBIG, kErrorFileTooLarge)                 \
   X(ESRCH, kErrorInvalidHandle)                \
-  X(ECHILD, kErrorInvalidHandle)
+  X(ECHILD, kErrorInvalidHandle)               \
+  X(EDEADLK, kErrorPossibleDeadlock)
 
 }  // namespace
 
@@ -67,6 +68,7 @@ uint32_t TranslateErrno(int err, ErrnoContext context) noexcept {
   if (context == ErrnoContext::kExclusiveCreate && err == EEXIST) return kErrorFileExists;
   if (context == ErrnoContext::kByteRangeLock && (err == EWOULDBLOCK || err == EAGAIN || err == EACCES))
     return kErrorLockViolation;
+  if (context == ErrnoContext::kThreadCreate && err == EAGAIN) return kErrorNotEnoughMemory;
   switch (err) {
 #define QZ_ERRNO_CASE(e, n) \
   case e:                   \

@@ -127,6 +127,15 @@
     ::sched_setaffinity, QZ_FAIL_ERRNO(-1))                                                         \
   X(sched_getaffinity, int, (pid_t pid, size_t size, cpu_set_t* mask), (pid, size, mask),           \
     ::sched_getaffinity, QZ_FAIL_ERRNO(-1))                                                         \
+  /* threads: join, detach, stack size, sleep */                                                    \
+  X(pthread_join, int, (pthread_t thread, void** result), (thread, result), ::pthread_join,         \
+    QZ_FAIL_RESULT)                                                                                 \
+  X(pthread_detach, int, (pthread_t thread), (thread), ::pthread_detach, QZ_FAIL_RESULT)            \
+  X(pthread_attr_setstacksize, int, (pthread_attr_t * attributes, size_t size), (attributes, size), \
+    ::pthread_attr_setstacksize, QZ_FAIL_RESULT)                                                    \
+  X(clock_nanosleep, int,                                                                           \
+    (clockid_t clock, int flags, const struct timespec* request, struct timespec* remain),          \
+    (clock, flags, request, remain), ::clock_nanosleep, QZ_FAIL_RESULT)                             \
   X(dlopen, void*, (const char* path, int flags), (path, flags), ::dlopen, QZ_FAIL_NULL)            \
   X(dlsym, void*, (void* handle, const char* name), (handle, name), ::dlsym, QZ_FAIL_NULL)          \
   X(dlclose, int, (void* handle), (handle), ::dlclose, (QZ_FAIL_VOID, -1))                          \
