@@ -85,10 +85,11 @@ QZ_API QZRESULT QZRegistryCloseEnum(QZRegEnumHandle handle);
  * read (or is over 2048 bytes) or written is skipped without a word; names of 256 units or more end
  * the walk of their key. The text file holds strings only, and only the text file itself carries a
  * value into it. `from` QZ_REGKIND_NATIVE is not in working order: the walk of the native store
- * reaches QZRegistryEnumNextValue with null sizes and the process ends in an access fault. Result: 0 when the walk ended; QZ_E_BAD_KEY_KIND
- * for another kind; the code of a failed subkey enumeration or of the text file's lock, which stop
- * the walk and keep the file. The two pointer-sized arguments are ignored. Not to be called from two
- * threads of one process at once; processes are serialised by the text file's lock. */
+ * reaches QZRegistryEnumNextValue with null sizes and the process ends in an access fault.
+ * Result: 0 when the walk ended; QZ_E_BAD_KEY_KIND for another kind; the code of a failed subkey
+ * enumeration or of the text file's lock, which stop the walk and keep the file. The two
+ * pointer-sized arguments are ignored. Not to be called from two threads of one process at once;
+ * processes are serialised by the text file's lock. */
 QZ_API QZRESULT QZRegistryMigrate(uint32_t from, void* reserved1, uint32_t to, void* reserved2);
 
 QZ_EXTERN_C_END

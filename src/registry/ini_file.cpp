@@ -32,13 +32,22 @@ struct CStreamCloser {
 using CStream = std::unique_ptr<std::FILE, CStreamCloser>;
 
 // One line as the reader sees it: at most 510 bytes. A CR before the newline is dropped, as the
-// text mode of the first platform drops it.
+// text mode of the first platform drops it before the line is counted: a CR that fills the buffer
+// and has its newline behind it stands for that newline, so a line of 509 bytes ending in CR LF
+// arrives whole, as it would there.
 bool ReadLine(std::FILE* stream, char (&line)[kIniLineBuffer]) {
   if (std::fgets(line, kIniLineBuffer, stream) == nullptr) return false;
   const size_t n = std::strlen(line);
   if (n >= 2 && line[n - 2] == '\r' && line[n - 1] == '\n') {
     line[n - 2] = '\n';
     line[n - 1] = '\0';
+  } else if (n == kIniLineBuffer - 1 && line[n - 1] == '\r') {
+    const int next = std::getc(stream);
+    if (next == '\n') {
+      line[n - 1] = '\n';
+    } else if (next != EOF) {
+      std::ungetc(next, stream);
+    }
   }
   return true;
 }

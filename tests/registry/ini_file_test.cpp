@@ -75,6 +75,12 @@ TEST_F(IniFileTest, ReaderKeepsWhatTheRulesKeepOfCraftedFiles) {
        "[S]\nk=" + k510 + "\nz=1\n", "[S]k=" + k510.substr(0, 507) + "|"},
       {"longer key line: the rest must hold =", "[S]\nk=" + k510 + "xy\n", ""},
       {"longer key line whose rest holds =", "[S]\nk=" + k510 + "x=y\n\n", "[S]k=" + k510.substr(0, 507) + ";x=y|"},
+      {"CR LF after 509 bytes counts as one newline", "[S]\r\nk=" + k510.substr(1) + "\r\nz=1\r\n\r\n",
+       "[S]k=" + k510.substr(1) + ";z=1|"},
+      {"CR LF after 510 bytes: cut, the CR LF ends the section", "[S]\r\nk=" + k510 + "\r\nz=1\r\n",
+       "[S]k=" + k510.substr(0, 507) + "|"},
+      {"CR at the cut not before a newline stays", "[S]\nk=" + k510.substr(1) + "\r=x\n\n",
+       "[S]=x;k=" + k510.substr(1) + "|"},
       {"header name of 508 bytes: kept without keys", "[" + name508 + "]\nk=v\n", "[" + name508 + "]|"},
       {"header whose ] lies beyond 510 bytes", "[A]\n\n[" + name508 + "xx]\nk=v\n", "[A]|"},
   };
