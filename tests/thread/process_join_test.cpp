@@ -9,6 +9,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <thread>
 
@@ -142,6 +143,22 @@ TEST(ProcessJoin, CreationWaitsForAJoinOfAnyChild) {
   uint32_t code = 0;
   EXPECT_EQ(QZProcessJoin(late, &code), 0);
   EXPECT_EQ(code, 6u);
+}
+
+// Detaching a running child closes the caller's handle at once, as it does for an ended one.
+TEST(ProcessJoin, HandleDetachedWhileTheChildRunsIsClosed) {
+  QZFileHandle input;
+  const QZProcessHandle process = Shell("read line", &input);
+  ASSERT_EQ(QZProcessDetach(process), 0);
+  uint32_t code = 1234;
+  const std::pair<const char*, std::function<QZRESULT()>> uses[] = {
+      {"exit code", [&] { return QZProcessGetExitCode(process, &code); }},
+      {"detach", [&] { return QZProcessDetach(process); }},
+      {"join", [&] { return QZProcessJoin(process, &code); }},
+  };
+  for (const auto& [use, call] : uses) EXPECT_EQ(call(), QZ_E_HANDLE) << use;
+  EXPECT_EQ(code, 1234u);
+  QZFileClose(input);
 }
 
 // A child detached while it runs is reaped by the library once it has ended: no zombie is left.

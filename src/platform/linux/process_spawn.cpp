@@ -266,13 +266,20 @@ bool CloseProcessHandle(intptr_t process) noexcept {
       return false;
     }
   } else if (info.si_pid == 0) {
+    // The child runs on: a private copy of the handle waits to reap it, and the caller's number
+    // is closed like any other, so that using it again finds no handle. Without a copy the
+    // number itself is kept (and then stays open until the child has been reaped).
+    const int copy = sys::fcntl(pidfd, F_DUPFD_CLOEXEC, reinterpret_cast<void*>(intptr_t{3}));
+    const int kept = copy >= 0 ? copy : pidfd;
     try {
       std::lock_guard<std::mutex> lock(g_detachedLock);
-      g_detached.push_back(pidfd);
+      g_detached.push_back(kept);
     } catch (const std::bad_alloc&) {
+      if (copy >= 0) sys::close(copy);
       SetLastError(kErrorOutOfMemory);
       return false;
     }
+    if (copy >= 0) sys::close(pidfd);
     ReapDetached();
     return true;
   }
