@@ -4,8 +4,8 @@
 //
 // A process handle is a pidfd (always close-on-exec). Exit codes are read with WNOWAIT, so a read
 // does not consume them; the child is reaped when its handle is closed. A handle closed while its
-// child runs is kept in a private list and the child is reaped at a later start or close once it
-// has ended, so no zombie outlives a detach by more than one such call.
+// child runs leaves a private copy in a list, and the child is reaped at a later start or close
+// once it has ended, so no zombie outlives a detach by more than one such call.
 #include "platform/process_spawn.h"
 
 #include <climits>
