@@ -93,7 +93,8 @@ QZ_API uint32_t QZProcessGetID(void);
 /* The file name of the program that process `pid` runs (what follows the last '/' of its
  * executable's path), copied as strncpy does into `buffer` of `size` bytes, whose last byte is then
  * set to 0: a long name is cut, and the whole buffer is written. 1 if the name was delivered; 0 if
- * there is no such process or it may not be looked at, and then the buffer is untouched. A size of
+ * there is no such process, it may not be looked at, or its executable's full path is 260 bytes or
+ * longer (the first platform's path buffer), and then the buffer is untouched. A size of
  * 0 writes nothing and gives 1 when the name was found. */
 QZ_API uint16_t QZProcessGetName(uint32_t pid, char* buffer, uint32_t size);
 

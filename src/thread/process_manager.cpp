@@ -173,8 +173,11 @@ size_t CQZProcessManager::ChildCount() {
 namespace qz::core {
 
 bool GetProcessName(uint32_t pid, char* buffer, uint32_t size) {
+  // The image path is read into a buffer of 260 bytes, as on the first platform: a path that
+  // does not fit with its terminator gives no name at all.
+  constexpr size_t kImagePathBuffer = 260;
   std::string path;
-  if (!qz::os::GetProcessImagePath(pid, &path)) return false;
+  if (!qz::os::GetProcessImagePath(pid, &path) || path.size() >= kImagePathBuffer) return false;
   const size_t separator = path.rfind(qz::os::kImagePathSeparator);
   const std::string name = separator == std::string::npos ? path : path.substr(separator + 1);
   if (size > 0) {

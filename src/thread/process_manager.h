@@ -50,7 +50,7 @@ namespace qz::core {
 
 // The work of QZProcessGetName: the file name of the program process `pid` runs, as strncpy
 // copies it, with the last byte of the buffer then set to 0. False, and nothing written, when the
-// process cannot be looked at.
+// process cannot be looked at or the full path of its program has 260 bytes or more.
 bool GetProcessName(uint32_t pid, char* buffer, uint32_t size);
 
 }  // namespace qz::core

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <thread>
 
@@ -144,6 +145,22 @@ TEST(ProcessJoin, CreationWaitsForAJoinOfAnyChild) {
   EXPECT_EQ(code, 6u);
 }
 
+// Detaching a running child closes the caller's handle at once, as it does for an ended one.
+TEST(ProcessJoin, HandleDetachedWhileTheChildRunsIsClosed) {
+  QZFileHandle input;
+  const QZProcessHandle process = Shell("read line", &input);
+  ASSERT_EQ(QZProcessDetach(process), 0);
+  uint32_t code = 1234;
+  const std::pair<const char*, std::function<QZRESULT()>> uses[] = {
+      {"exit code", [&] { return QZProcessGetExitCode(process, &code); }},
+      {"detach", [&] { return QZProcessDetach(process); }},
+      {"join", [&] { return QZProcessJoin(process, &code); }},
+  };
+  for (const auto& [use, call] : uses) EXPECT_EQ(call(), QZ_E_HANDLE) << use;
+  EXPECT_EQ(code, 1234u);
+  QZFileClose(input);
+}
+
 // A child detached while it runs is reaped by the library once it has ended: no zombie is left.
 TEST(ProcessJoin, DetachedChildLeavesNoZombie) {
   QZFileHandle input;
@@ -188,6 +205,40 @@ TEST(ProcessQueries, HandleIdAndName) {
     char buffer[256] = "untouched";
     EXPECT_EQ(QZProcessGetName(c.pid, buffer, c.size), c.answer);
     EXPECT_EQ(std::string(buffer), c.text);
+  }
+}
+
+// The program's full path must fit the 260-byte buffer with its terminator, or no name comes back.
+TEST(ProcessQueries, NameOfAProgramByTheLengthOfItsPath) {
+  const qztest::TempDir dir;
+  const struct {
+    size_t length;  // of the program's full path
+    uint16_t answer;
+  } cases[] = {{259, 1}, {260, 0}, {300, 0}};
+  for (const auto& c : cases) {
+    if (dir.path().size() + 4 > c.length) GTEST_SKIP() << "temporary path too long";
+    std::string path = dir.path();
+    for (size_t rest = c.length - path.size() - 2; rest > 0;) {  // folders of up to 150, then /c
+      const size_t folder = rest > 151 ? 150 : rest - 1;
+      path += "/" + std::string(folder, static_cast<char>('d' + c.length % 7));
+      rest -= folder + 1;
+    }
+    std::filesystem::create_directories(path);
+    path += "/c";
+    std::filesystem::copy_file("/bin/cat", path);
+    ASSERT_EQ(path.size(), c.length);
+    QZFileHandle streams[3] = {-1, 1, 2};
+    QZProcessHandle process = -1;
+    ASSERT_EQ(QZProcessCreate(std::u16string(path.begin(), path.end()).c_str(), nullptr, nullptr,
+                              nullptr, 0, streams, &process),
+              0);
+    const std::string info = qztest::ReadFile("/proc/self/fdinfo/" + std::to_string(process));
+    const uint32_t pid = static_cast<uint32_t>(std::atoi(info.c_str() + info.find("Pid:") + 4));
+    char buffer[16] = "untouched";
+    EXPECT_EQ(QZProcessGetName(pid, buffer, sizeof buffer), c.answer) << c.length;
+    EXPECT_STREQ(buffer, c.answer == 1 ? "c" : "untouched") << c.length;
+    QZFileClose(streams[0]);
+    EXPECT_EQ(QZProcessJoin(process, nullptr), 0);
   }
 }
 

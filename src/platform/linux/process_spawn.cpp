@@ -4,8 +4,8 @@
 //
 // A process handle is a pidfd (always close-on-exec). Exit codes are read with WNOWAIT, so a read
 // does not consume them; the child is reaped when its handle is closed. A handle closed while its
-// child runs is kept in a private list and the child is reaped at a later start or close once it
-// has ended, so no zombie outlives a detach by more than one such call.
+// child runs leaves a private copy in a list, and the child is reaped at a later start or close
+// once it has ended, so no zombie outlives a detach by more than one such call.
 #include "platform/process_spawn.h"
 
 #include <climits>
@@ -266,13 +266,20 @@ bool CloseProcessHandle(intptr_t process) noexcept {
       return false;
     }
   } else if (info.si_pid == 0) {
+    // The child runs on: a private copy of the handle waits to reap it, and the caller's number
+    // is closed like any other, so that using it again finds no handle. Without a copy the
+    // number itself is kept (and then stays open until the child has been reaped).
+    const int copy = sys::fcntl(pidfd, F_DUPFD_CLOEXEC, reinterpret_cast<void*>(intptr_t{3}));
+    const int kept = copy >= 0 ? copy : pidfd;
     try {
       std::lock_guard<std::mutex> lock(g_detachedLock);
-      g_detached.push_back(pidfd);
+      g_detached.push_back(kept);
     } catch (const std::bad_alloc&) {
+      if (copy >= 0) sys::close(copy);
       SetLastError(kErrorOutOfMemory);
       return false;
     }
+    if (copy >= 0) sys::close(pidfd);
     ReapDetached();
     return true;
   }
