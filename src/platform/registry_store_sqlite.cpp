@@ -533,11 +533,12 @@ uint32_t OpenOrCreate(RegKey root, const char16_t* subKey, uint32_t access, RegK
   std::lock_guard<std::mutex> hold(file.m_lock);
   error = file.Connect();
   if (error != kErrorSuccess) return error;
-  if (file.ReadOnly() && (create || (access & kWriteAccess) != 0)) return kErrorAccessDenied;
   int rc;
   int64_t id = FindKey(file, base.tree, path, &rc);
   if (rc != SQLITE_ROW && rc != SQLITE_DONE) return ErrorFromSqlite(rc);
+  // A missing key is missing whatever access was asked; only a key that is there is refused.
   if (id == 0 && !create) return kErrorFileNotFound;
+  if (file.ReadOnly() && (create || (access & kWriteAccess) != 0)) return kErrorAccessDenied;
   if (id == 0) {
     error = file.Write([&](int* busy) -> uint32_t {
       // Walk down from the root, making each missing level under its parent.
