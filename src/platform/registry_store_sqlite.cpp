@@ -228,7 +228,6 @@ class CStoreFile {
   uint64_t Version();
 
   const std::string& Path() const { return m_path; }
-  uint64_t LocalCommits() const { return m_localCommits; }
 
  private:
   uint32_t Open();
@@ -446,7 +445,6 @@ struct CEnumCursor {
   bool valid = false;      // the fields below describe the last answer
   uint32_t index = 0;      // index of the last answer
   uint64_t version = 0;    // the file's version when it was given
-  uint64_t local = 0;      // this process's commits when it was given
   std::string lastPath;    // subkeys: folded path of the last answer
   int64_t lastId = 0;      // values: row of the last answer
   std::vector<std::pair<std::string, std::string>> batch;  // subkeys: names and paths read ahead
@@ -535,11 +533,12 @@ uint32_t OpenOrCreate(RegKey root, const char16_t* subKey, uint32_t access, RegK
   std::lock_guard<std::mutex> hold(file.m_lock);
   error = file.Connect();
   if (error != kErrorSuccess) return error;
-  if (file.ReadOnly() && (create || (access & kWriteAccess) != 0)) return kErrorAccessDenied;
   int rc;
   int64_t id = FindKey(file, base.tree, path, &rc);
   if (rc != SQLITE_ROW && rc != SQLITE_DONE) return ErrorFromSqlite(rc);
+  // A missing key is missing whatever access was asked; only a key that is there is refused.
   if (id == 0 && !create) return kErrorFileNotFound;
+  if (file.ReadOnly() && (create || (access & kWriteAccess) != 0)) return kErrorAccessDenied;
   if (id == 0) {
     error = file.Write([&](int* busy) -> uint32_t {
       // Walk down from the root, making each missing level under its parent.
@@ -808,13 +807,13 @@ uint32_t RegEnumKeyEx(RegKey key, uint32_t index, char16_t* name, uint32_t* leng
     std::lock_guard<std::mutex> hold(file.m_lock);
     error = file.Connect();
     if (error != kErrorSuccess) return error;
-    // Subkeys are read 64 at a time. The next index is served from that batch while this process
-    // has written nothing; otherwise, or at the batch's end, the store is asked again: from the
-    // last name when no process has written since, else counting from the start.
+    // Subkeys are read 64 at a time. The next index is served from that batch while no process
+    // has written to the file since it was read; otherwise, or at the batch's end, the store is
+    // asked again: from the last name when nothing was written since, else counting from the start.
     CEnumCursor& cursor = open->keys;
     const bool following = cursor.valid && index == cursor.index + 1;
-    if (!following || cursor.local != file.LocalCommits() || cursor.next >= cursor.batch.size()) {
-      const uint64_t version = file.Version();
+    const uint64_t version = file.Version();
+    if (!following || cursor.version != version || cursor.next >= cursor.batch.size()) {
       sqlite3_stmt* stmt;
       if (following && cursor.version == version) {
         stmt = file.Statement(kChildAfter);
@@ -840,7 +839,6 @@ uint32_t RegEnumKeyEx(RegKey key, uint32_t index, char16_t* name, uint32_t* leng
         return ErrorFromSqlite(rc);
       }
       cursor.version = version;
-      cursor.local = file.LocalCommits();
     }
     if (cursor.next >= cursor.batch.size()) {
       cursor.valid = false;

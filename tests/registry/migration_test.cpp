@@ -254,6 +254,8 @@ TEST_F(Migration, ReadOnlyMachineFileRefusesWrites) {
   EXPECT_EQ(SetString(QZ_HKEY_CONFIG, u"Ro", u"v", u"after"), QZ_E_ACCESSDENIED);
   EXPECT_EQ(SetString(QZ_HKEY_CONFIG_64, u"New", u"v", u"x"), QZ_E_ACCESSDENIED);
   EXPECT_EQ(QZRegistryDeleteValue(QZ_HKEY_CONFIG, u"Ro", u"v"), QZ_E_ACCESSDENIED);
+  EXPECT_EQ(QZRegistryDeleteValue(QZ_HKEY_CONFIG, u"Ro", u"none"), QZ_E_ACCESSDENIED);
+  EXPECT_EQ(QZRegistryDeleteValue(QZ_HKEY_CONFIG, u"Missing", u"v"), QZ_E_FILE_NOT_FOUND);
   EXPECT_EQ(QZRegistryDeleteKey(QZ_HKEY_CONFIG, u"Ro"), QZ_E_FAIL);
   EXPECT_EQ(GetString(QZ_HKEY_CONFIG, u"Ro", u"v"), u"before");
   EXPECT_EQ(SetString(QZ_HKEY_USER, u"Mine", u"v", u"x"), 0);  // the user's own file is writable

@@ -319,6 +319,49 @@ TEST_F(NativeRegistry, HostilePathsAndNames) {
   EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CLASSES, u"", u"huge", nullptr, nullptr, &size), QZ_E_FILE_NOT_FOUND);
 }
 
+// Types no export writes (another program's values): a read translates 0 and keeps 5 and 6 and
+// anything above 7 as stored; a value walk leaves the caller's type alone for all of them.
+TEST_F(NativeRegistry, TypesOnlyAnotherWriterMakes) {
+  ASSERT_EQ(SetString(QZ_HKEY_CONFIG, u"Raw", u"seed", u"x"), 0);
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(m_dir.File("machine.db").c_str(), &db), SQLITE_OK);
+  for (int type : {0, 5, 6, 8}) {
+    const std::string sql = "INSERT INTO vals(key, name, folded, type, data) SELECT key, 't" + std::to_string(type) +
+                            "', 't" + std::to_string(type) + "', " + std::to_string(type) +
+                            ", x'01020304' FROM vals WHERE folded='seed'";
+    ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+  }
+  sqlite3_close(db);
+  struct Case {
+    const char16_t* name;
+    uint32_t read;  // type from QZRegistryGetValue
+  } cases[] = {{u"t0", QZ_REG_BINARY}, {u"t5", 5}, {u"t6", 6}, {u"t8", 8}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(qztest::Narrow(c.name));
+    uint8_t data[8] = {};
+    uint32_t size = sizeof data, type = 99;
+    EXPECT_EQ(QZRegistryGetValue(QZ_HKEY_CONFIG, u"Raw", c.name, &type, data, &size), 0);
+    EXPECT_EQ(type, c.read);
+    EXPECT_EQ(size, 4u);
+    EXPECT_EQ(data[3], 4);
+  }
+  QZRegEnumHandle e;
+  ASSERT_EQ(QZRegistryOpenValueEnum(QZ_HKEY_CONFIG, u"Raw", &e), 0);
+  char16_t name[8];
+  uint8_t data[8];
+  uint32_t size = 8, type = 99, dataSize = 8;
+  ASSERT_EQ(QZRegistryEnumNextValue(e, name, &size, &type, data, &dataSize), 0);  // the seed
+  EXPECT_EQ(type, static_cast<uint32_t>(QZ_REG_SZ));
+  for (const auto& c : cases) {
+    size = 8, type = 99, dataSize = 8;
+    EXPECT_EQ(QZRegistryEnumNextValue(e, name, &size, &type, data, &dataSize), 0);
+    EXPECT_EQ(std::u16string(name), c.name);
+    EXPECT_EQ(type, 99u) << qztest::Narrow(c.name);
+    EXPECT_EQ(dataSize, 4u);
+  }
+  QZRegistryCloseEnum(e);
+}
+
 TEST_F(NativeRegistry, LargeValuesRoundTrip) {
   std::vector<uint8_t> big(3 * 1024 * 1024 + 1);
   for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<uint8_t>(i * 7);

@@ -175,4 +175,31 @@ TEST(RegistryProcesses, StoreDescriptorsAreCloseOnExec) {
   EXPECT_GE(seen, 4);  // both files, each with its write-ahead log (and index)
 }
 
+// Child: removes the first subkey of "Walk" and adds one that sorts after the rest.
+TEST(RegistryProcessesChild, ChangeWalkedKey) {
+  if (!qztest::IsChild()) GTEST_SKIP() << "runs as a child of WalkSeesAnotherProcessesChanges";
+  ASSERT_EQ(QZRegistryDeleteKey(QZ_HKEY_CONFIG, u"Walk\\a"), 0);
+  ASSERT_EQ(SetString(QZ_HKEY_CONFIG, u"Walk\\z", u"v", u"1"), 0);
+}
+
+// A walk by index sees the key as it is at each step, also when another process changed it: the
+// entries move under the index, whoever moved them.
+TEST(RegistryProcesses, WalkSeesAnotherProcessesChanges) {
+  qztest::TempDir dir;
+  qztest::ScopedEnv env("QZCORE_REGISTRY_DIR", dir.path().c_str());
+  for (const char16_t* key : {u"Walk\\a", u"Walk\\b", u"Walk\\c"}) ASSERT_EQ(SetString(QZ_HKEY_CONFIG, key, u"v", u"1"), 0);
+  QZRegEnumHandle e;
+  ASSERT_EQ(QZRegistryOpenKeyEnum(QZ_HKEY_CONFIG, u"Walk", &e), 0);
+  char16_t name[8];
+  uint32_t size = 8;
+  ASSERT_EQ(QZRegistryEnumNextKey(e, name, &size), 0);
+  EXPECT_EQ(std::u16string(name), u"a");
+  const auto child = qztest::RunSelf("RegistryProcessesChild.ChangeWalkedKey");
+  ASSERT_EQ(child.exitCode, 0) << child.out << child.err;
+  std::vector<std::u16string> rest;  // now b, c, z: index 1 is c
+  for (size = 8; QZRegistryEnumNextKey(e, name, &size) == 0; size = 8) rest.emplace_back(name, size);
+  QZRegistryCloseEnum(e);
+  EXPECT_EQ(rest, (std::vector<std::u16string>{u"c", u"z"}));
+}
+
 }  // namespace
