@@ -15,6 +15,16 @@
 #include "syscalls.h"
 
 namespace qz::os {
+namespace {
+
+// The values that the loader reads as "search the global scope" (null) and "search behind the
+// caller" (-1, which is also the library's "no handle"): neither is a library that was opened, so
+// they are refused here; dlclose would fault on them and dlsym would search other libraries.
+bool IsLoaderPseudoHandle(void* handle) noexcept {
+  return handle == nullptr || handle == reinterpret_cast<void*>(~uintptr_t{0});
+}
+
+}  // namespace
 
 void* LoadLibrary(const char* utf8Path) noexcept {
   // The loader takes an empty name for the main program; the first platform loads nothing for it.
@@ -24,12 +34,16 @@ void* LoadLibrary(const char* utf8Path) noexcept {
 }
 
 bool FreeLibrary(void* handle) noexcept {
-  if (sys::dlclose(handle) == 0) return true;
+  if (!IsLoaderPseudoHandle(handle) && sys::dlclose(handle) == 0) return true;
   SetLastError(kErrorInvalidHandle);
   return false;
 }
 
 void* GetProcAddress(void* handle, const char* name) noexcept {
+  if (IsLoaderPseudoHandle(handle)) {
+    SetLastError(kErrorModNotFound);
+    return nullptr;
+  }
   void* address = sys::dlsym(handle, name);
   if (address == nullptr) SetLastError(kErrorProcNotFound);
   return address;
