@@ -22,7 +22,8 @@ void* LoadLibrary(const char* utf8Path) noexcept;
 // fault on it.
 bool FreeLibrary(void* handle) noexcept;
 
-// The address of the entry point `name` of a loaded library, or null with the last error 127; null
+// The address of the entry point `name` that the library itself defines (not one of the libraries
+// it depends on), or null with the last error 127; null
 // with 126 for a handle of null or -1, which name no library.
 void* GetProcAddress(void* handle, const char* name) noexcept;
 

@@ -48,6 +48,11 @@ TEST(LibOpen, TwoOpensNeedTwoClosesAndSymbolsAreFoundByName) {
   entry = kUntouched;
   EXPECT_EQ(QZLibGetSymbol(first, u"", &entry), QZ_E_FAIL);
   EXPECT_EQ(entry, nullptr);
+  for (const char16_t* inDependency : {u"malloc", u"strlen"}) {  // the C library's, not its own
+    entry = kUntouched;
+    EXPECT_EQ(QZLibGetSymbol(first, inDependency, &entry), QZ_E_FAIL);
+    EXPECT_EQ(entry, nullptr);
+  }
 
   EXPECT_EQ(QZLibClose(first), 0);
   EXPECT_TRUE(IsMapped(kSamplePath));

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdint>
 
+#include <link.h>
+
 #include "errno_map.h"
 #include "io.h"
 #include "platform/last_error.h"
@@ -22,6 +24,18 @@ namespace {
 // they are refused here; dlclose would fault on them and dlsym would search other libraries.
 bool IsLoaderPseudoHandle(void* handle) noexcept {
   return handle == nullptr || handle == reinterpret_cast<void*>(~uintptr_t{0});
+}
+
+// Whether `address`, which dlsym found from `handle`, lies in that library itself. dlsym also
+// searches the libraries it depends on (the C library among them); the first platform finds only
+// what the library itself exports.
+bool DefinedIn(void* handle, const void* address) noexcept {
+  struct link_map* own = nullptr;
+  if (sys::dlinfo(handle, RTLD_DI_LINKMAP, &own) != 0) return false;
+  Dl_info info;
+  struct link_map* owner = nullptr;
+  if (sys::dladdr1(address, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0) return false;
+  return owner == own;
 }
 
 }  // namespace
@@ -45,6 +59,7 @@ void* GetProcAddress(void* handle, const char* name) noexcept {
     return nullptr;
   }
   void* address = sys::dlsym(handle, name);
+  if (address != nullptr && !DefinedIn(handle, address)) address = nullptr;
   if (address == nullptr) SetLastError(kErrorProcNotFound);
   return address;
 }
