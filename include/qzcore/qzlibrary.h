@@ -30,11 +30,11 @@ QZ_API QZRESULT QZModuleLibClose(uintptr_t moduleKey, QZLibHandle library);
 /* Sets *result to -1, then loads the library at `path`: 0 with the handle, or QZ_E_FAIL when it
  * cannot be loaded (missing, not a library, a dependency missing, empty path). */
 QZ_API QZRESULT QZLibOpen(const QZWCHAR* path, QZLibHandle* result);
-/* Drops one open of a library. -1 is not recognised as "no handle": like any value that is not a
- * handle, the system may fault on it. 0, or QZ_E_HANDLE when the system refuses. */
+/* Drops one open of a library. 0, or QZ_E_HANDLE when the system refuses, as it does for -1 and
+ * null: -1 is not a harmless "no handle". Any other value that is not a handle may fault. */
 QZ_API QZRESULT QZLibClose(QZLibHandle library);
 /* Sets *result to null, then finds the entry point `name` of a loaded library: 0, or QZ_E_FAIL when
- * it has none; QZ_E_OUTOFMEMORY. */
+ * it has none or the handle is -1 or null; QZ_E_OUTOFMEMORY. */
 QZ_API QZRESULT QZLibGetSymbol(QZLibHandle library, const QZWCHAR* name, void** result);
 
 QZ_EXTERN_C_END

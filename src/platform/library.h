@@ -17,11 +17,14 @@ namespace qz::os {
 void* LoadLibrary(const char* utf8Path) noexcept;
 
 // Drops one count of a handle LoadLibrary gave; the library leaves memory with its last count.
-// False with the last error kErrorInvalidHandle (6) when the system refuses. A value that is not a
-// handle is not recognised: the system may fault on it.
+// False with the last error kErrorInvalidHandle (6) when the system refuses, and for null and -1,
+// which are no library. Any other value that is not a handle is not recognised: the system may
+// fault on it.
 bool FreeLibrary(void* handle) noexcept;
 
-// The address of the entry point `name` of a loaded library, or null with the last error 127.
+// The address of the entry point `name` that the library itself defines (not one of the libraries
+// it depends on), or null with the last error 127; null
+// with 126 for a handle of null or -1, which name no library.
 void* GetProcAddress(void* handle, const char* name) noexcept;
 
 // Fills `buffer` with `size` bytes from the system's cryptographic random source, waiting for it

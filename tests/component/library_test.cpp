@@ -48,10 +48,32 @@ TEST(LibOpen, TwoOpensNeedTwoClosesAndSymbolsAreFoundByName) {
   entry = kUntouched;
   EXPECT_EQ(QZLibGetSymbol(first, u"", &entry), QZ_E_FAIL);
   EXPECT_EQ(entry, nullptr);
+  for (const char16_t* inDependency : {u"malloc", u"strlen"}) {  // the C library's, not its own
+    entry = kUntouched;
+    EXPECT_EQ(QZLibGetSymbol(first, inDependency, &entry), QZ_E_FAIL);
+    EXPECT_EQ(entry, nullptr);
+  }
 
   EXPECT_EQ(QZLibClose(first), 0);
   EXPECT_TRUE(IsMapped(kSamplePath));
   EXPECT_EQ(QZLibClose(second), 0);
+  EXPECT_FALSE(IsMapped(kSamplePath));
+}
+
+// -1 ("no handle") and null name no library: the close refuses and the look-up finds nothing, even
+// for an entry point that a loaded library exports.
+TEST(LibClose, NoHandleValuesAreRefusedNotPassedOver) {
+  QZLibHandle loaded = nullptr;
+  ASSERT_EQ(QZLibOpen(Wide(kSamplePath).c_str(), &loaded), 0);
+  const QZLibHandle cases[] = {reinterpret_cast<QZLibHandle>(-1), nullptr};
+  for (const QZLibHandle handle : cases) {
+    EXPECT_EQ(QZLibClose(handle), QZ_E_HANDLE) << handle;
+    void* entry = kUntouched;
+    EXPECT_EQ(QZLibGetSymbol(handle, u"DllGetClassObject", &entry), QZ_E_FAIL) << handle;
+    EXPECT_EQ(entry, nullptr) << handle;
+  }
+  EXPECT_TRUE(IsMapped(kSamplePath));
+  EXPECT_EQ(QZLibClose(loaded), 0);
   EXPECT_FALSE(IsMapped(kSamplePath));
 }
 

@@ -139,6 +139,10 @@
   X(dlopen, void*, (const char* path, int flags), (path, flags), ::dlopen, QZ_FAIL_NULL)            \
   X(dlsym, void*, (void* handle, const char* name), (handle, name), ::dlsym, QZ_FAIL_NULL)          \
   X(dlclose, int, (void* handle), (handle), ::dlclose, (QZ_FAIL_VOID, -1))                          \
+  X(dlinfo, int, (void* handle, int request, void* info), (handle, request, info), ::dlinfo,          \
+    (QZ_FAIL_VOID, -1))                                                                             \
+  X(dladdr1, int, (const void* address, Dl_info* info, void** extra, int flags),                    \
+    (address, info, extra, flags), ::dladdr1, (QZ_FAIL_VOID, 0))                                    \
   X(getrandom, ssize_t, (void* buffer, size_t size, unsigned flags), (buffer, size, flags),         \
     ::getrandom, QZ_FAIL_ERRNO(-1))                                                                 \
   X(uname, int, (struct utsname * name), (name), ::uname, QZ_FAIL_ERRNO(-1))                        \
