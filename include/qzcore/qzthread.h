@@ -43,8 +43,9 @@ QZ_API QZRESULT QZThreadCreate(QZThreadFunction function, void* argument, void* 
 QZ_API QZRESULT QZThreadJoin(QZThreadHandle thread, uint64_t* exitCode);
 
 /* Gives the thread up: its exit code is dropped when it ends, and nobody can join it. Never
- * blocks. 0; QZ_E_HANDLE when the thread was already detached. The thread must be one the library
- * knows: detaching an unknown id (never made here, already joined or detached and ended) is a
+ * blocks. 0; QZ_E_HANDLE when the thread was already detached (never for the thread that loaded
+ * the library, which has nothing to give up). The thread must be one the library knows:
+ * detaching an unknown id (never made here, already joined or detached and ended) is a
  * programming error that ends the process with a message. */
 QZ_API QZRESULT QZThreadDetach(QZThreadHandle thread);
 
