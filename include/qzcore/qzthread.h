@@ -13,7 +13,7 @@
  *
  * Any thread may join or detach any other, but only once, and only one thread at a time: two
  * joins or detaches of one thread at once are the caller's error. A thread that joins itself, or
- * joins the thread that loaded the library, gets a failure (possible deadlock) at once. Threads
+ * joins the thread that loaded the library, waits for ever: nothing detects it. Threads
  * made here must have ended before the library is unloaded.
  */
 #ifndef QZCORE_QZTHREAD_H
@@ -38,13 +38,14 @@ QZ_API QZRESULT QZThreadCreate(QZThreadFunction function, void* argument, void* 
 
 /* Blocks until the thread has ended, then stores its exit code (upper 32 bits 0) in *exitCode if
  * that is not null (0 is stored first) and forgets the thread. 0; QZ_E_HANDLE for an id the
- * library does not know (never made here, or already joined) and for a thread that was detached;
- * QZ_E_FAIL for a join of the caller itself or of the thread that loaded the library. */
+ * library does not know (never made here, or already joined) and for a thread that was detached.
+ * A join of the caller itself or of the thread that loaded the library never returns. */
 QZ_API QZRESULT QZThreadJoin(QZThreadHandle thread, uint64_t* exitCode);
 
 /* Gives the thread up: its exit code is dropped when it ends, and nobody can join it. Never
- * blocks. 0; QZ_E_HANDLE when the thread was already detached. The thread must be one the library
- * knows: detaching an unknown id (never made here, already joined or detached and ended) is a
+ * blocks. 0; QZ_E_HANDLE when the thread was already detached (never for the thread that loaded
+ * the library, which has nothing to give up). The thread must be one the library knows:
+ * detaching an unknown id (never made here, already joined or detached and ended) is a
  * programming error that ends the process with a message. */
 QZ_API QZRESULT QZThreadDetach(QZThreadHandle thread);
 

@@ -32,8 +32,8 @@ bool StartThread(uint32_t stackSize, ThreadRoutine routine, void* argument, Nati
 
 // Waits for the thread to end and gives back its resources; *exitCode (may be null) gets the low
 // 32 bits of what it returned or passed to the thread exit. A join of kCurrentThreadPseudo or of
-// the caller itself fails at once (possible deadlock). False with the last error set; the thread
-// is then untouched.
+// the caller itself never returns, as a wait for oneself cannot end. False with the last error
+// set; the thread is then untouched.
 bool JoinThread(NativeThread thread, uint32_t* exitCode) noexcept;
 
 // Lets the thread's resources go when it ends; nobody may join it afterwards. kCurrentThreadPseudo

@@ -94,7 +94,8 @@ void CQZThreadManager::Detach(uint32_t id) {
     givenUp = IsGivenUp(record.Get());
   }
   bool detached = false;
-  if (givenUp) {
+  // The loading thread's pseudo handle is never really given up, so its detach always succeeds.
+  if (givenUp && handle != qz::os::kCurrentThreadPseudo) {
     qz::os::SetLastError(qz::os::kErrorInvalidHandle);  // a second detach: nothing left to give up
   } else {
     detached = qz::os::DetachThread(handle);

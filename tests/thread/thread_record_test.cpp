@@ -192,6 +192,16 @@ TEST_F(ThreadRecords, GivenUpThreadIsNeverJoined) {
   EXPECT_EQ(QZThreadJoin(0xFFFFFFF0u, &code), QZ_E_HANDLE);  // never made here
 }
 
+// The loading thread's record holds the pseudo handle, which a detach never gives up: each detach
+// succeeds, the record stays (its thread runs no start routine), and a join is refused.
+TEST_F(ThreadRecords, LoadingThreadIsDetachedAnyNumberOfTimes) {
+  const uint32_t loader = QZThreadGetID();  // gtest runs the tests on the thread that loaded us
+  ASSERT_TRUE(Known(loader));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(QZThreadDetach(loader), 0) << i;
+  EXPECT_TRUE(Known(loader));
+  EXPECT_EQ(QZThreadJoin(loader, nullptr), QZ_E_HANDLE);
+}
+
 TEST_F(ThreadRecords, ManyThreadsCreateJoinAndDetachAtOnce) {
   constexpr int kCreators = 6, kEach = 25;
   const size_t before = Manager().ThreadCount();

@@ -39,7 +39,6 @@ void TourThreads() {
   QZSleep(20);
   Show("QZThreadJoin of the detached thread", Code(QZThreadJoin(thread, &code)));
 
-  Show("QZThreadJoin of the calling thread itself", Code(QZThreadJoin(QZThreadGetID(), nullptr)));
   Show("QZThreadGetID", std::to_string(QZThreadGetID()));
   uint64_t previous = 0;
   const uint64_t cpu0 = 1;

@@ -86,8 +86,11 @@ bool StartThread(uint32_t stackSize, ThreadRoutine routine, void* argument, Nati
 
 bool JoinThread(NativeThread thread, uint32_t* exitCode) noexcept {
   void* result = nullptr;
-  // glibc refuses a join of the caller by itself (EDEADLK) before it touches anything.
+  // glibc refuses a join that would wait for the caller itself (EDEADLK) before it touches
+  // anything. The first platform's wait on such a thread simply never ends, and callers get the
+  // same here: the pseudo handle of the loading thread stands for whoever waits on it.
   const int error = sys::pthread_join(Native(thread), &result);
+  if (error == EDEADLK) SleepMilliseconds(UINT32_MAX);
   if (error != 0) {
     SetLastErrorFromErrno(error);
     return false;
