@@ -39,7 +39,7 @@ class CQZCondition {
 
  private:
   std::string m_name;          // private copy; never read back
-  uint32_t m_flags;            // stored, never read
+  [[maybe_unused]] uint32_t m_flags;            // stored, never read
   qz::os::Monitor m_monitor;   // the monitor lock and the wait queue
 };
 
@@ -70,7 +70,7 @@ class CQZEvent {
  private:
   qz::os::WaitableObject m_handle;  // the native event
   std::string m_name;               // private copy; never read back
-  uint32_t m_flags;                 // bit 2: manual reset
+  [[maybe_unused]] uint32_t m_flags;                 // bit 2: manual reset
 };
 
 // A gate: a level that a controller opens and closes; waits pass while it is open and consume
@@ -114,5 +114,5 @@ class CQZSemaphore {
 
   Native m_handle;     // the native counter, or the shared one of a named semaphore
   std::string m_name;  // private copy; a named semaphore's object name is made from it
-  uint32_t m_flags;    // stored; only kNamedFlag is read
+  [[maybe_unused]] uint32_t m_flags;    // stored; only kNamedFlag is read
 };
